@@ -1,0 +1,12 @@
+/// Export macro of the library.
+#pragma once
+
+#if defined(_WIN32)
+#if defined(MIREL_BUILDING_LIBRARY)
+#define MIREL_API __declspec(dllexport)
+#else
+#define MIREL_API __declspec(dllimport)
+#endif
+#else
+#define MIREL_API __attribute__((visibility("default")))
+#endif

@@ -1,0 +1,16 @@
+/// Everything the library offers, and the host's headers with it.
+#pragma once
+
+#include <MirelAlgorithms/BuildInfo.h>
+#include <MirelAlgorithms/Host.h>
+#include <MirelAlgorithms/SettingsCatalogue.h>
+#include <MirelAlgorithms/features/Descriptors.h>
+#include <MirelAlgorithms/features/FeatureExtraction.h>
+#include <MirelAlgorithms/features/FixedPointCorners.h>
+#include <MirelAlgorithms/frame/Timestamp.h>
+#include <MirelAlgorithms/matching/FeatureMatching.h>
+#include <MirelAlgorithms/matching/Hamming.h>
+#include <MirelAlgorithms/matching/LeastSquares.h>
+#include <MirelAlgorithms/matching/MatchRecords.h>
+#include <MirelAlgorithms/matching/MotionEstimate.h>
+#include <MirelAlgorithms/matching/ValidationParams.h>

@@ -1,0 +1,28 @@
+/// A library that registers itself with the host when it is loaded.
+#pragma once
+
+#include <VoskBase/Export.h>
+
+namespace VoskBase {
+
+#if defined(_WIN32)
+using InstanceHandle = struct HINSTANCE__*;
+#else
+using InstanceHandle = void*;
+#endif
+
+class HOST_API Module {
+ public:
+  /// Registers the module under its instance handle. False when it cannot be registered; here it always can.
+  bool internalInit(InstanceHandle instance);
+
+  /// Takes the registration back; without one, nothing happens.
+  void internalTerm();
+
+  bool initialised() const noexcept { return initialised_; }
+
+ private:
+  bool initialised_ = false;
+};
+
+}  // namespace VoskBase
