@@ -14,7 +14,7 @@ struct Counter {
 
 /// A machine's clocks.
 struct ClockSource {
-  bool (*counter)(Counter&);    ///< false when the machine has no such counter
+  bool (*counter)(Counter&);     ///< false when the machine has no such counter
   std::uint64_t (*tickCount)();  ///< milliseconds
 };
 

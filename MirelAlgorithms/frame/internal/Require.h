@@ -7,7 +7,8 @@
 namespace MirelAlgorithms {
 
 /// Throws "<function>: <argument>: <found> given, <wanted> expected".
-[[noreturn]] void refuse(const char* function, const char* argument, const std::string& found, const std::string& wanted);
+[[noreturn]] void refuse(const char* function, const char* argument, const std::string& found,
+                         const std::string& wanted);
 
 /// "CV_32FC1", or "empty" for a matrix without elements.
 std::string describe(const cv::Mat& matrix);
