@@ -10,8 +10,8 @@ struct FBPrediction {
   float x;               ///< expected column in the second frame, pixels
   float y;               ///< expected row in the second frame, pixels
   float searchRadiusSq;  ///< square of the search radius, pixels squared
-  std::int32_t state;    ///< 1: own position in the first frame; 3: moved by the image motion; 4: position of its match;
-                         ///< 2: free for a prediction of the caller's own
+  std::int32_t state;    ///< where the position comes from. 1: the key point's own; 3: moved by the image motion;
+                         ///< 4: the position of its match; 2: free for a prediction of the caller's own
 };
 
 /// One accepted pair.
