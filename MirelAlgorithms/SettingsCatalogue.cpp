@@ -1,10 +1,18 @@
 #include <MirelAlgorithms/SettingsCatalogue.h>
+#include <MirelAlgorithms/features/internal/CellBalancedDetection.h>
+#include <MirelAlgorithms/features/internal/DescriptorSettings.h>
+#include <MirelAlgorithms/features/internal/ExtractionSettings.h>
 #include <MirelAlgorithms/frame/internal/Settings.h>
 
 namespace MirelAlgorithms {
 
 std::vector<SettingInfo> settingsCatalogue() {
   std::vector<SettingInfo> list;
+  listSettings<ExtractionSettings>(list, "retrieveFeatures");
+  listSettings<DetectorChoice>(list, "retrieveFeatures");
+  listSettings<DetectionSettings>(list, "retrieveFeatures, detection in cells");
+  listSettings<LatchSettings>(list, "retrieveFeatures, key points");
+  listSettings<DescriptorSettings>(list, "retrieveDescriptors");
   return list;
 }
 
