@@ -1,0 +1,325 @@
+#include <MirelAlgorithms/features/Descriptors.h>
+#include <MirelAlgorithms/features/internal/DescriptorFamilies.h>
+#include <MirelAlgorithms/features/internal/TripletTable.h>
+#include <MirelAlgorithms/frame/internal/CpuVariant.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <opencv2/imgproc.hpp>
+
+#if __has_include(<opencv2/xfeatures2d.hpp>)
+#define WITH_XFEATURES2D 1
+#include <opencv2/xfeatures2d.hpp>
+#else
+#define WITH_XFEATURES2D 0
+#endif
+
+namespace MirelAlgorithms {
+namespace {
+
+using Settings = SmartPtr<AttrContainer>;
+using Element = cv::Vec<float, 5>;
+
+constexpr float infinity = std::numeric_limits<float>::infinity();
+constexpr float nan = std::numeric_limits<float>::quiet_NaN();
+
+Settings settingsOf(std::initializer_list<std::pair<const wchar_t*, int>> values) {
+  Settings settings(new AttrContainer());
+  for (const auto& [key, value] : values) settings->set(key, value);
+  return settings;
+}
+
+cv::Mat noise(int rows, int cols, std::uint64_t seed) {
+  cv::Mat image(rows, cols, CV_8UC1);
+  cv::RNG(seed).fill(image, cv::RNG::UNIFORM, 0, 256);
+  return image;
+}
+
+cv::Mat enhanced(const cv::Mat& image, int strength) {
+  cv::Mat result;
+  MirelCore::enhance(image, result, strength, {});
+  return result;
+}
+
+cv::Mat matrixOf(const std::vector<Element>& elements) { return cv::Mat(elements, true); }
+
+cv::Mat matrixOfKeys(const std::vector<cv::KeyPoint>& keyPoints) {
+  std::vector<Element> elements;
+  for (const auto& k : keyPoints) elements.emplace_back(k.pt.x, k.pt.y, k.size, k.angle, k.response);
+  return matrixOf(elements);
+}
+
+bool same(const cv::Mat& a, const cv::Mat& b) {
+  if (a.empty() || b.empty()) return a.empty() && b.empty();
+  if (a.size() != b.size() || a.type() != b.type()) return false;
+  for (int i = 0; i < a.rows; ++i)
+    if (std::memcmp(a.ptr(i), b.ptr(i), a.cols * a.elemSize()) != 0) return false;
+  return true;
+}
+
+// Positions all over the image, beyond its borders and far away.
+std::vector<Element> positionsAround(const cv::Mat& image, std::uint64_t seed) {
+  cv::RNG random(seed);
+  std::vector<Element> features;
+  for (int i = 0; i < 200; ++i)
+    features.emplace_back(random.uniform(0.0f, float(image.cols)), random.uniform(0.0f, float(image.rows)), 0, 0, 0);
+  for (int i = 0; i < 100; ++i)
+    features.emplace_back(random.uniform(-80.0f, image.cols + 80.0f), random.uniform(-80.0f, image.rows + 80.0f), 0, 0,
+                          0);
+  for (const float x : {-0.9f, 0.0f, image.cols - 0.1f, 3000.0f, 2147483520.0f, 2147483648.0f, -3e9f, infinity, nan})
+    for (const float y : {-0.9f, 0.0f, image.rows - 0.1f, -24.0f, 2147483520.0f, -2147483648.0f, 1e30f, nan})
+      features.emplace_back(x, y, 0, 0, 0);
+  return features;
+}
+
+// One pixel: the column wraps into other rows first, then a row outside the image reads 0.
+float wrappedPixel(const cv::Mat& smoothed, std::int64_t column, std::int64_t row) {
+  const std::int64_t cols = smoothed.cols;
+  const std::int64_t rows = column >= 0 ? column / cols : -((cols - 1 - column) / cols);
+  row += rows;
+  column -= rows * cols;
+  return row < 0 || row >= smoothed.rows ? 0.0f : smoothed.at<float>(int(row), int(column));
+}
+
+cv::Mat plainDescriptors(const cv::Mat& image, const std::vector<Element>& features) {
+  cv::Mat asFloat, smoothed;
+  image.convertTo(asFloat, CV_32F);
+  const cv::Mat kernel = cv::getGaussianKernel(5, 1.0, CV_64F);
+  cv::sepFilter2D(asFloat, smoothed, CV_32F, kernel, kernel, {-1, -1}, 0, cv::BORDER_REFLECT_101);
+
+  cv::Mat descriptors = cv::Mat::zeros(int(features.size()), 16, CV_8UC1);
+  for (int i = 0; i < descriptors.rows; ++i) {
+    const double x = std::trunc(double(features[i][0])), y = std::trunc(double(features[i][1]));
+    if (!(std::abs(x + 0.5) < 2147483648.0 && std::abs(y + 0.5) < 2147483648.0)) continue;
+    const auto pixel = [&](PatchPoint p) {
+      return wrappedPixel(smoothed, std::int64_t(x) - p.dx, std::int64_t(y) - p.dy);
+    };
+    for (int bit = 0; bit < 128; ++bit) {
+      const PointTriplet& t = tripletTable[bit / 2];
+      if (pixel(bit % 2 == 0 ? t.a : t.c) < pixel(t.b)) descriptors.at<uchar>(i, bit / 8) |= 1 << bit % 8;
+    }
+  }
+  return descriptors;
+}
+
+class EveryCpuVariant : public testing::TestWithParam<CpuVariant> {
+ protected:
+  void SetUp() override { limitCpuVariant(GetParam()); }
+  void TearDown() override { limitCpuVariant(CpuVariant::avx512); }
+};
+INSTANTIATE_TEST_SUITE_P(FixedPointDescriptor, EveryCpuVariant, testing::Values(CpuVariant::baseline, CpuVariant::avx2),
+                         [](const auto& variant) { return std::string(name(variant.param)); });
+
+TEST_P(EveryCpuVariant, equalsPixelByPixelForm) {
+  std::uint64_t seed = 1;
+  for (const cv::Size& size : {cv::Size(160, 120), cv::Size(49, 49), cv::Size(23, 70), cv::Size(5, 40), cv::Size(1, 60),
+                               cv::Size(60, 1), cv::Size(1, 1)}) {
+    SCOPED_TRACE(testing::Message() << size);
+    const cv::Mat image = noise(size.height, size.width, seed++);
+    const auto elements = positionsAround(image, seed++);
+    cv::Mat features = matrixOf(elements), descriptors;
+    EXPECT_TRUE(retrieveDescriptors(image, features, descriptors, Settings()));
+    EXPECT_TRUE(same(descriptors, plainDescriptors(enhanced(image, 80000), elements)));
+    EXPECT_TRUE(same(features, matrixOf(elements)));
+  }
+}
+
+// Worked out by hand-written double arithmetic in another language; no comparison is closer than 0.1 grey levels.
+TEST_P(EveryCpuVariant, givesKnownBytes) {
+  cv::Mat image(57, 61, CV_8UC1);
+  image.forEach<uchar>([](uchar& v, const int* p) {
+    const int y = p[0], x = p[1];
+    v = uchar((x * x * 7 + y * 13 + x * y * 3) % 251);
+  });
+  cv::Mat features = matrixOf({{30.9f, 28.2f, 0, 0, 0}, {3.0f, 50.0f, 0, 0, 0}}), descriptors;
+  retrieveDescriptors(image, features, descriptors, settingsOf({{L"FBMEnhancement", 0}}));
+  const cv::Mat expected =
+      (cv::Mat_<uchar>(2, 16) << 0x2c, 0xc0, 0x0e, 0x4f, 0xc3, 0xd1, 0xc7, 0x6c, 0x2b, 0x43, 0x0c, 0xcd, 0xc3, 0xf1,
+       0xf0, 0x5c, 0xc2, 0xcc, 0xc0, 0x3c, 0x00, 0x30, 0x30, 0x1c, 0x3d, 0xb0, 0x80, 0x0f, 0x27, 0xfc, 0xa8, 0x02);
+  EXPECT_TRUE(same(descriptors, expected)) << descriptors;
+}
+
+TEST(FixedPointDescriptor, viewsAndAliases) {
+  const cv::Mat whole = noise(90, 110, 5);
+  const cv::Mat image = whole(cv::Rect(7, 9, 83, 61));
+  const cv::Mat before = whole.clone();
+  const auto elements = positionsAround(image, 6);
+  cv::Mat wide(int(elements.size()), 3, CV_32FC(5)), view = wide.col(1);
+  matrixOf(elements).copyTo(view);
+  cv::Mat wideDescriptors(view.rows, 40, CV_8UC1, cv::Scalar(7)), target = wideDescriptors.colRange(8, 24);
+
+  const cv::Mat expected = plainDescriptors(enhanced(image, 80000), elements);
+  retrieveDescriptors(image, view, target, Settings());
+  EXPECT_TRUE(same(wideDescriptors.colRange(8, 24), expected)) << "a matrix of the right size is filled in place";
+  EXPECT_EQ(cv::countNonZero(wideDescriptors.colRange(0, 8) != 7) + cv::countNonZero(wideDescriptors.col(24) != 7), 0);
+  EXPECT_TRUE(same(whole, before));
+
+  cv::Mat both = matrixOf(elements);
+  retrieveDescriptors(image, both, both, Settings());
+  EXPECT_TRUE(same(both, expected));
+}
+
+struct Family {
+  int type, family;
+  cv::Ptr<cv::Feature2D> (*create)();
+};
+
+cv::Ptr<cv::Feature2D> brisk() { return cv::BRISK::create(30, 3, 1.0f); }
+cv::Ptr<cv::Feature2D> orb() { return cv::ORB::create(500, 1.2f, 8, 31, 0, 2, cv::ORB::HARRIS_SCORE, 31, 20); }
+#if WITH_XFEATURES2D
+cv::Ptr<cv::Feature2D> latch32() { return cv::xfeatures2d::LATCH::create(32, true, 3, 2.0); }
+cv::Ptr<cv::Feature2D> latch8() { return cv::xfeatures2d::LATCH::create(8, true, 5, 2.0); }
+cv::Ptr<cv::Feature2D> freak() { return cv::xfeatures2d::FREAK::create(true, true, 22.0f, 4); }
+#endif
+
+// Key points that every family keeps, and others at the border, which it drops.
+std::vector<cv::KeyPoint> scattered(const cv::Size& image) {
+  cv::RNG random(11);
+  std::vector<cv::KeyPoint> keyPoints;
+  for (int i = 0; i < 150; ++i)
+    keyPoints.emplace_back(random.uniform(0.0f, float(image.width)), random.uniform(0.0f, float(image.height)),
+                           random.uniform(5.0f, 12.0f), random.uniform(0.0f, 360.0f), random.uniform(0.0f, 1.0f));
+  return keyPoints;
+}
+
+TEST(DescriptorFamilies, equalOpenCvsAndKeepRowsAligned) {
+  const Family families[] = {
+    {2, 3, brisk},
+    {2, 4, orb},
+#if WITH_XFEATURES2D
+    {2, 0, latch32},
+    {2, 9, latch32},
+    {2, -1, latch32},
+    {2, 2, freak},
+    {1, 4, latch8},
+    {-3, 0, latch8},
+#endif
+  };
+  const cv::Mat image = noise(150, 170, 12), before = image.clone();
+  for (const Family& f : families) {
+    SCOPED_TRACE(testing::Message() << "FBMType " << f.type << " FBMDescriptorType " << f.family);
+    std::vector<cv::KeyPoint> expectedKeys = scattered(image.size());
+    cv::Mat features = matrixOfKeys(expectedKeys), descriptors, expected;
+    f.create()->compute(enhanced(image, 80000), expectedKeys, expected);
+    ASSERT_LT(expectedKeys.size(), 150u);
+    ASSERT_GT(expectedKeys.size(), 5u);
+
+    EXPECT_TRUE(retrieveDescriptors(
+        image, features, descriptors,
+        settingsOf(
+            {{L"FBMType", f.type}, {L"FBMDescriptorType", f.family}, {L"DescLengthBytes", 8}, {L"PatchSize", 5}})));
+    EXPECT_TRUE(same(descriptors, expected));
+    EXPECT_TRUE(same(features, matrixOfKeys(expectedKeys)));
+    EXPECT_TRUE(same(image, before));
+  }
+}
+
+TEST(DescriptorFamilies, dropWhatHasNoPlaceInTheImage) {
+  const cv::Mat image = noise(120, 140, 13);
+  for (const int family : {2, 3, 4, 0}) {
+    if (!WITH_XFEATURES2D && (family == 2 || family == 0)) continue;
+    SCOPED_TRACE(family);
+    const auto settings = settingsOf({{L"FBMType", 2}, {L"FBMDescriptorType", family}});
+    // The last two are the outermost positions that LATCH accepts.
+    cv::Mat features = matrixOf({{nan, 60, 7, 0, 1},
+                                 {70, nan, 7, 0, 1},
+                                 {infinity, 60, 7, 0, 1},
+                                 {70, 1e30f, 7, 0, 1},
+                                 {70, 60, infinity, 0, 1},
+                                 {112.9f, 60, 7, 0, 1},
+                                 {70, 92.9f, 7, 90, 1}});
+    cv::Mat descriptors;
+    EXPECT_TRUE(retrieveDescriptors(image, features, descriptors, settings));
+    EXPECT_EQ(features.rows, descriptors.rows);
+    EXPECT_LE(features.rows, 3);
+
+    cv::Mat hopeless = matrixOf({{nan, nan, 7, 0, 1}});
+    EXPECT_TRUE(retrieveDescriptors(image, hopeless, descriptors, settings));
+    EXPECT_TRUE(hopeless.empty());
+    EXPECT_TRUE(descriptors.empty());
+  }
+}
+
+TEST(DescriptorFamilies, missingModuleIsNamed) {
+  try {
+    refuseWithoutXfeatures2d("retrieveDescriptors", "FREAK");
+    FAIL();
+  } catch (const std::runtime_error& error) {
+    EXPECT_STREQ(error.what(),
+                 "retrieveDescriptors: FREAK needs OpenCV's xfeatures2d module, and this library was built without it; "
+                 "run `./dev setup` and build again, or build with an OpenCV that has the module");
+  }
+#if !WITH_XFEATURES2D
+  cv::Mat features = matrixOf({{70, 60, 7, 0, 1}}), descriptors;
+  for (const int family : {0, 2})
+    EXPECT_THROW(retrieveDescriptors(noise(120, 140, 13), features, descriptors,
+                                     settingsOf({{L"FBMType", 2}, {L"FBMDescriptorType", family}})),
+                 std::runtime_error);
+#endif
+}
+
+TEST(RetrieveDescriptors, noFeaturesNoDescriptors) {
+  for (const int type : {0, 2})
+    for (const cv::Mat& none : {cv::Mat(), cv::Mat(0, 1, CV_32FC(5)), cv::Mat(4, 0, CV_32FC1)}) {
+      cv::Mat features = none, descriptors(3, 16, CV_8UC1);
+      EXPECT_TRUE(retrieveDescriptors(noise(40, 40, 1), features, descriptors,
+                                      settingsOf({{L"FBMType", type}, {L"FBMDescriptorType", 4}})));
+      EXPECT_EQ(descriptors.rows, 0);
+      EXPECT_TRUE(features.empty());
+    }
+}
+
+// Runs a call that is expected to throw and sees to it that both outputs stay as they were.
+template <class Error>
+void expectRefused(const cv::Mat& image, const cv::Mat& features, const Settings& settings, const char* text) {
+  cv::Mat f = features, descriptors(2, 3, CV_8UC1, cv::Scalar(9));
+  const cv::Mat before = features.clone();
+  try {
+    retrieveDescriptors(image, f, descriptors, settings);
+    ADD_FAILURE() << "accepted: " << text;
+  } catch (const Error& error) {
+    EXPECT_NE(std::string(error.what()).find(text), std::string::npos) << error.what();
+  }
+  EXPECT_TRUE(same(f, before));
+  EXPECT_TRUE(same(descriptors, cv::Mat(2, 3, CV_8UC1, cv::Scalar(9))));
+}
+
+TEST(RetrieveDescriptors, refusesBadInput) {
+  const cv::Mat image = noise(100, 100, 3), features = matrixOf({{50, 50, 7, 0, 1}});
+  const char* wantedImage = "8-bit grey image expected";
+  for (const cv::Mat& bad : {cv::Mat(), cv::Mat(9, 9, CV_8UC3, cv::Scalar::all(0)),
+                             cv::Mat(9, 9, CV_16UC1, cv::Scalar(0)), cv::Mat(9, 9, CV_32FC1, cv::Scalar(0))})
+    expectRefused<std::invalid_argument>(bad, features, Settings(), wantedImage);
+
+  const int cube[] = {2, 2, 2};
+  const std::pair<cv::Mat, const char*> badFeatures[] = {
+      {cv::Mat::zeros(3, 1, CV_32FC2), "features: 3 x 1 CV_32FC2 given, N x 1 CV_32FC5 expected"},
+      {cv::Mat::zeros(3, 5, CV_32FC1), "features: 3 x 5 CV_32FC1 given"},
+      {cv::Mat(1, 3, CV_32FC(5)), "features: 1 x 3 CV_32FC5 given"},
+      {cv::Mat(3, 1, CV_64FC(5)), "features: 3 x 1 CV_64FC5 given"},
+      {cv::Mat(3, cube, CV_32FC1, cv::Scalar(0)), "features: 3-dimensional CV_32FC1 given"},
+  };
+  for (const auto& [bad, text] : badFeatures) {
+    cv::Mat f = bad, descriptors;
+    try {
+      retrieveDescriptors(image, f, descriptors, Settings());
+      ADD_FAILURE() << "accepted: " << text;
+    } catch (const std::invalid_argument& error) {
+      EXPECT_NE(std::string(error.what()).find(text), std::string::npos) << error.what();
+    }
+  }
+
+  for (const int patch : {-1, 91, std::numeric_limits<int>::max()})
+    expectRefused<std::invalid_argument>(image, features, settingsOf({{L"FBMType", 1}, {L"PatchSize", patch}}),
+                                         "0 to 90 expected");
+  expectRefused<cv::Exception>(image, features, settingsOf({{L"FBMType", 2}, {L"FBMDescriptorType", 1}}), "class_id");
+  if (WITH_XFEATURES2D)
+    expectRefused<cv::Exception>(image, features, settingsOf({{L"FBMType", 1}, {L"DescLengthBytes", 5}}),
+                                 "descriptorSize");
+}
+
+}  // namespace
+}  // namespace MirelAlgorithms

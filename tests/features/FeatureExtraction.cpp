@@ -1,0 +1,264 @@
+#include <MirelAlgorithms/features/Descriptors.h>
+#include <MirelAlgorithms/features/FeatureExtraction.h>
+#include <MirelAlgorithms/features/FixedPointCorners.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <opencv2/features2d.hpp>
+#include <opencv2/imgproc.hpp>
+
+#if __has_include(<opencv2/xfeatures2d.hpp>)
+#include <opencv2/xfeatures2d.hpp>
+#define WITH_XFEATURES2D 1
+#else
+#define WITH_XFEATURES2D 0
+#endif
+
+namespace MirelAlgorithms {
+namespace {
+
+using Settings = SmartPtr<AttrContainer>;
+
+Settings settingsOf(std::initializer_list<std::pair<const wchar_t*, int>> values) {
+  Settings settings(new AttrContainer());
+  for (const auto& [key, value] : values) settings->set(key, value);
+  return settings;
+}
+
+// Overlapping boxes and discs: corners for some detectors, regions for others.
+cv::Mat scene(int rows, int cols, std::uint64_t seed) {
+  cv::Mat image(rows, cols, CV_8UC1, cv::Scalar(128));
+  cv::RNG random(seed);
+  for (int i = 0; i < rows * cols / 150; ++i) {
+    const cv::Point at(random.uniform(0, cols), random.uniform(0, rows));
+    const int size = random.uniform(3, 15), grey = random.uniform(0, 256);
+    if (i % 2 == 0)
+      cv::rectangle(image, cv::Rect(at.x, at.y, size, size), grey, cv::FILLED);
+    else
+      cv::circle(image, at, size / 2, grey, cv::FILLED);
+  }
+  return image;
+}
+
+cv::Mat enhanced(const cv::Mat& image, int strength) {
+  cv::Mat result;
+  MirelCore::enhance(image, result, strength, {});
+  return result;
+}
+
+bool same(const cv::Mat& a, const cv::Mat& b) {
+  if (a.empty() || b.empty()) return a.empty() && b.empty();
+  return a.size() == b.size() && a.type() == b.type() && a.isContinuous() && b.isContinuous() &&
+         std::memcmp(a.data, b.data, a.total() * a.elemSize()) == 0;
+}
+
+cv::Mat matrixOf(const std::vector<cv::KeyPoint>& keyPoints) {
+  cv::Mat matrix;
+  for (const auto& k : keyPoints)
+    matrix.push_back(cv::Mat(cv::Vec<float, 5>(k.pt.x, k.pt.y, k.size, k.angle, k.response), true).reshape(5, 1));
+  return matrix;
+}
+
+// The steps of detection in cells, one by one.
+std::vector<cv::KeyPoint> cellByCell(const cv::Mat& image, const cv::Ptr<cv::Feature2D>& detector, int cells,
+                                     int budget) {
+  const int quota = budget / (cells * cells), w = image.cols / cells, h = image.rows / cells;
+  cv::Mat mask(image.size(), CV_8UC1, cv::Scalar(0));
+  std::vector<cv::KeyPoint> result;
+  for (int y0 = 0; y0 < image.rows - h / 2; y0 += h)
+    for (int x0 = 0; x0 < image.cols - w / 2; x0 += w) {
+      mask(cv::Rect(x0, y0, w, h)) = 255;
+      std::vector<cv::KeyPoint> found;
+      detector->detect(image, found, mask);
+      if (int(found.size()) > quota) {
+        std::stable_sort(found.begin(), found.end(),
+                         [](const auto& a, const auto& b) { return a.response > b.response; });
+        found.resize(quota);
+      }
+      result.insert(result.end(), found.begin(), found.end());
+      mask(cv::Rect(x0, y0, w, h)) = 0;
+    }
+  return result;
+}
+
+cv::Ptr<cv::Feature2D> orb() { return cv::ORB::create(500, 1.2f, 8, 31, 0, 2, cv::ORB::HARRIS_SCORE, 31, 20); }
+
+struct Detector {
+  int featureType;
+  cv::Ptr<cv::Feature2D> detector;
+};
+
+TEST(RetrieveFeatures, detectorsRunCellByCell) {
+  const Detector detectors[] = {
+      {0, cv::GFTTDetector::create(1000, 0.01, 1.0, 3, false, 0.04)},
+      {1, cv::AKAZE::create(cv::AKAZE::DESCRIPTOR_MLDB, 256, 3, 0.0001f, 1, 4, cv::KAZE::DIFF_PM_G2)},
+      {2, cv::MSER::create(5, 60, 14400, 0.25, 0.2, 200, 1.01, 0.003, 5)},
+      {3, orb()},
+      {7, orb()},
+      {5, cv::BRISK::create(30, 3, 1.0f)},
+  };
+  // One column and two rows belong to no cell.
+  const cv::Mat image = scene(182, 241, 1), before = image.clone();
+  for (const Detector& d : detectors) {
+    SCOPED_TRACE(testing::Message() << "FBMFeatureType " << d.featureType);
+    const int budget = 120;
+    const auto expected = cellByCell(enhanced(image, 70000), d.detector, 3, budget);
+    ASSERT_GT(expected.size(), 40u);
+    cv::Mat features;
+    EXPECT_TRUE(retrieveFeatures(image, features,
+                                 settingsOf({{L"FBMType", 2},
+                                             {L"FBMFeatureType", d.featureType},
+                                             {L"FBMEnhancement", 70000},
+                                             {L"FBMnFeatures", budget}}),
+                                 false));
+    EXPECT_TRUE(same(features, matrixOf(expected)));
+    EXPECT_TRUE(same(image, before));
+  }
+}
+
+TEST(RetrieveFeatures, otherTypesRefineOrb) {
+  const cv::Mat image = scene(200, 260, 2), view = enhanced(image, 80000);
+  auto expected = cellByCell(view, orb(), 3, 2000);
+  const cv::Mat unrefined = matrixOf(expected);
+  MirelCore::subPixel({view}, 0, expected);
+  ASSERT_FALSE(same(unrefined, matrixOf(expected)));
+  for (const int type : {1, 7, -2}) {
+    cv::Mat features;
+    EXPECT_TRUE(retrieveFeatures(image, features, settingsOf({{L"FBMType", type}}), true));
+    EXPECT_TRUE(same(features, matrixOf(expected))) << "FBMType " << type;
+  }
+}
+
+TEST(RetrieveFeatures, budgetPerCell) {
+  cv::Mat image(180, 240, CV_8UC1);
+  cv::RNG(3).fill(image, cv::RNG::UNIFORM, 0, 256);
+  const auto count = [&](std::initializer_list<std::pair<const wchar_t*, int>> more) {
+    Settings settings = settingsOf(more);
+    settings->set(L"FBMType", 2);
+    settings->set(L"FBMFeatureType", 0);
+    cv::Mat features(7, 1, CV_32FC(5));
+    EXPECT_TRUE(retrieveFeatures(image, features, settings, false));
+    return features.rows;
+  };
+  EXPECT_EQ(count({}), 9 * 222) << "2000 / 9 cells by default, not 900";
+  EXPECT_EQ(count({{L"FBMnCells", 2}, {L"FBMnFeatures", 43}}), 4 * 10);
+  EXPECT_EQ(count({{L"FBMnFeatures", 8}}), 0);
+  EXPECT_EQ(count({{L"FBMnFeatures", -2000}}), 0);
+}
+
+TEST(RetrieveFeatures, descriptionRewritesFeatures) {
+  const cv::Mat image = scene(180, 240, 4);
+  const auto settings = [](int family) {
+    return settingsOf({{L"FBMType", 2}, {L"FBMFeatureType", 0}, {L"FBMDescriptorType", family}});
+  };
+  cv::Mat all, described, expected, descriptors;
+  retrieveFeatures(image, all, settings(4), false);
+  retrieveFeatures(image, described, settings(4), true);
+  expected = all.clone();
+  retrieveDescriptors(image, expected, descriptors, settings(4));
+  EXPECT_LT(described.rows, all.rows) << "the border has no ORB descriptor";
+  EXPECT_TRUE(same(described, expected));
+
+  cv::Mat untouched = all;
+  EXPECT_THROW(retrieveFeatures(image, untouched, settings(1), true), cv::Exception) << "AKAZE refuses foreign points";
+  EXPECT_TRUE(untouched.data == all.data && untouched.rows == all.rows);
+}
+
+TEST(RetrieveFeatures, fixedPointCornersByDefault) {
+  const cv::Mat image = scene(120, 160, 5);
+  cv::Mat features, expected;
+  EXPECT_TRUE(retrieveFeatures(image, features, Settings(), true));
+  retrieveFeaturesFPGA(image, expected, Settings(), nullptr);
+  ASSERT_GT(expected.rows, 20);
+  EXPECT_TRUE(same(features, expected));
+}
+
+TEST(RetrieveFeatures, keyPointsWithDescriptors) {
+  const cv::Mat image = scene(200, 260, 6), before = image.clone();
+  const Settings settings =
+      settingsOf({{L"FBMType", 0}, {L"FBMnFeatures", 180}, {L"DescLengthBytes", 8}, {L"PatchSize", 12}});
+  std::vector<cv::KeyPoint> keyPoints(3);
+  cv::Mat descriptors;
+#if WITH_XFEATURES2D
+  const cv::Mat view = enhanced(image, 80000);
+  auto expected = cellByCell(view, orb(), 3, 180);
+  MirelCore::subPixel({view}, 0, expected);
+  const std::size_t detected = expected.size();
+  cv::Mat expectedDescriptors;
+  cv::xfeatures2d::LATCH::create(8, true, 12, 2.0)->compute(view.clone(), expected, expectedDescriptors);
+  ASSERT_LT(expected.size(), detected);
+
+  EXPECT_TRUE(retrieveFeatures(image, keyPoints, descriptors, settings));
+  ASSERT_EQ(keyPoints.size(), expected.size());
+  for (std::size_t i = 0; i < expected.size(); ++i) {
+    EXPECT_EQ(keyPoints[i].octave, expected[i].octave);
+    EXPECT_EQ(keyPoints[i].class_id, expected[i].class_id);
+  }
+  EXPECT_TRUE(same(matrixOf(keyPoints), matrixOf(expected)));
+  EXPECT_TRUE(same(descriptors, expectedDescriptors));
+
+  EXPECT_TRUE(retrieveFeatures(cv::Mat(100, 100, CV_8UC1, cv::Scalar(50)), keyPoints, descriptors, Settings()));
+  EXPECT_TRUE(keyPoints.empty());
+  EXPECT_TRUE(descriptors.empty());
+#else
+  EXPECT_THROW(retrieveFeatures(image, keyPoints, descriptors, settings), std::runtime_error);
+  EXPECT_EQ(keyPoints.size(), 3u);
+#endif
+  EXPECT_TRUE(same(image, before));
+}
+
+TEST(RetrieveFeatures, refusesBadInput) {
+  const cv::Mat grey = scene(40, 50, 7);
+  struct Case {
+    cv::Mat image;
+    int cells;
+  };
+  const Case cases[] = {{cv::Mat(), 3},
+                        {cv::Mat(40, 50, CV_8UC3, cv::Scalar::all(0)), 3},
+                        {cv::Mat(40, 50, CV_16UC1, cv::Scalar(0)), 3},
+                        {cv::Mat(40, 50, CV_32FC1, cv::Scalar(0)), 3},
+                        {grey, 0},
+                        {grey, -3},
+                        {grey, 41},
+                        {grey, std::numeric_limits<int>::min()}};
+  for (const Case& c : cases) {
+    SCOPED_TRACE(testing::Message() << c.image.size() << " cells " << c.cells);
+    for (const int type : {1, 2}) {
+      cv::Mat features(2, 1, CV_32FC(5));
+      const auto settings = settingsOf({{L"FBMType", type}, {L"FBMFeatureType", 0}, {L"FBMnCells", c.cells}});
+      EXPECT_THROW(retrieveFeatures(c.image, features, settings, false), std::invalid_argument);
+      EXPECT_EQ(features.rows, 2);
+    }
+    std::vector<cv::KeyPoint> keyPoints(2);
+    cv::Mat descriptors(2, 8, CV_8UC1);
+    EXPECT_THROW(retrieveFeatures(c.image, keyPoints, descriptors, settingsOf({{L"FBMnCells", c.cells}})),
+                 std::invalid_argument);
+    EXPECT_TRUE(keyPoints.size() == 2 && descriptors.rows == 2);
+  }
+}
+
+// A remainder of half a cell or more is a cell of its own, which leaves the image.
+TEST(RetrieveFeatures, tinyImages) {
+  const auto detect = [](int rows, int cols, int featureType) {
+    cv::Mat features;
+    retrieveFeatures(scene(rows, cols, 8), features, settingsOf({{L"FBMType", 2}, {L"FBMFeatureType", featureType}}),
+                     false);
+    return features;
+  };
+  EXPECT_THROW(detect(30, 11, 0), cv::Exception);
+  EXPECT_THROW(detect(11, 30, 0), cv::Exception);
+  EXPECT_NO_THROW(detect(12, 12, 0));
+  for (int featureType = 0; featureType <= 5; ++featureType)
+    for (const int side : {3, 6, 17}) {
+      SCOPED_TRACE(testing::Message() << "FBMFeatureType " << featureType << ", " << side << " pixels");
+      try {
+        EXPECT_LE(detect(side, side, featureType).rows, side * side);
+      } catch (const cv::Exception&) {
+        // Some detectors refuse images this small.
+      }
+    }
+}
+
+}  // namespace
+}  // namespace MirelAlgorithms
