@@ -1,0 +1,142 @@
+#include "CommandLine.h"
+
+#include "Command.h"
+#include "Errors.h"
+#include "options/NearestName.h"
+#include "options/Replay.h"
+
+#include <MirelAlgorithms/BuildInfo.h>
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <opencv2/core.hpp>
+
+namespace mirel {
+
+namespace {
+
+std::string versionText() {
+  const MirelAlgorithms::BuildInfo build = MirelAlgorithms::buildInfo();
+  return fmt::format("mirel {}\nOpenCV {}\nxfeatures2d {}\ninstruction set {}", build.version, build.openCV,
+                     build.xfeatures2d ? "yes" : "no", build.instructions);
+}
+
+std::string examplesText(const std::vector<std::string>& examples) {
+  std::string text = "Examples:\n";
+  for (const std::string& example : examples) text += "  " + example + "\n";
+  return text;
+}
+
+std::string firstLine(const std::string& text) {
+  std::string line = text.substr(0, text.find('\n'));
+  std::replace_if(
+      line.begin(), line.end(), [](unsigned char c) { return c < 32; }, ' ');
+  return line;
+}
+
+/// OpenCV's own texts name source files; what went wrong and where it was seen is enough.
+std::string openCVText(const cv::Exception& error) {
+  return firstLine(fmt::format("OpenCV: {} (in {})", firstLine(error.err), error.func));
+}
+
+/// The commands and what is declared for them.
+class CommandLine {
+ public:
+  CommandLine() : app_("Image-processing and numerical algorithms for structure from motion", "mirel") {
+    app_.set_version_flag("--version", versionText, "version, OpenCV version, xfeatures2d, instruction set");
+    app_.require_subcommand(0, 1);
+    app_.footer("mirel SUBCOMMAND --help, or mirel help SUBCOMMAND, tells more.\n\n" +
+                examplesText({"mirel track left01.jpg left02.jpg", "mirel settings"}));
+    for (const CommandEntry& entry : commands()) {
+      CLI::App* sub = app_.add_subcommand(entry.name, entry.summary);
+      sub->footer(examplesText(entry.examples));
+      commands_.push_back({sub, entry.make()});
+      commands_.back().command->addOptions(*sub);
+    }
+  }
+
+  int run(std::vector<std::string> arguments) {
+    try {
+      rewrite(arguments);
+      std::reverse(arguments.begin(), arguments.end());  // as the parser takes them
+      app_.parse(arguments);
+      for (const Entry& entry : commands_) {
+        if (entry.app->parsed()) return entry.command->run(*entry.app);
+      }
+      fmt::print("{}", app_.help());
+      return success;
+    } catch (const CLI::Success& request) {
+      return app_.exit(request);  // prints help or version
+    } catch (const CLI::ExtrasError&) {
+      return fail(unknownWord());
+    } catch (const CLI::ParseError& error) {
+      return fail(error.what());
+    } catch (const Interrupted& error) {
+      fail(error.what());
+      return interrupted;
+    } catch (const UsageError& error) {
+      return fail(error.what());
+    } catch (const cv::Exception& error) {
+      return fail(openCVText(error));
+    } catch (const std::bad_alloc&) {
+      return fail("out of memory; smaller or fewer images may do");
+    } catch (const std::exception& error) {
+      return fail(error.what());
+    }
+  }
+
+ private:
+  struct Entry {
+    CLI::App* app;
+    std::unique_ptr<Command> command;
+  };
+
+  /// "help SUB" is "SUB --help"; "--config FILE" without a subcommand takes the recorded one.
+  static void rewrite(std::vector<std::string>& arguments) {
+    if (!arguments.empty() && arguments[0] == "help") {
+      arguments.erase(arguments.begin());
+      arguments.push_back("--help");
+    } else if (arguments.size() >= 2 && arguments[0] == "--config") {
+      arguments.insert(arguments.begin(), readRunRecord(arguments[1])["command"].get<std::string>());
+    }
+  }
+
+  const CLI::App* parsedCommand() const {
+    const auto entry = std::find_if(commands_.begin(), commands_.end(), [](const Entry& e) { return e.app->parsed(); });
+    return entry == commands_.end() ? nullptr : entry->app;
+  }
+
+  std::string unknownWord() const {
+    const CLI::App* sub = parsedCommand();
+    const std::vector<std::string> extras = app_.remaining(true);
+    const std::string word = extras.empty() ? "" : extras.front();
+    if (!word.starts_with("-")) {
+      if (sub != nullptr) return "unexpected argument '" + word + "'";
+      std::vector<std::string> names = {"help"};
+      for (const Entry& entry : commands_) names.push_back(entry.app->get_name());
+      const std::string hint = didYouMean(word, names);
+      return "unknown subcommand '" + word + "'" + (hint.empty() ? "; see: mirel --help" : hint);
+    }
+    std::vector<std::string> names;
+    for (const CLI::Option* option : (sub != nullptr ? sub : &app_)->get_options()) {
+      for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
+    }
+    return "unknown option " + word + didYouMean(word.substr(0, word.find('=')), names);
+  }
+
+  int fail(const std::string& text) const {
+    const CLI::App* sub = parsedCommand();
+    fmt::print(stderr, "mirel{}: {}\n", sub != nullptr ? " " + sub->get_name() : "", firstLine(text));
+    return unusable;
+  }
+
+  CLI::App app_;
+  std::vector<Entry> commands_;
+};
+
+}  // namespace
+
+int runCommandLine(std::vector<std::string> arguments) { return CommandLine().run(std::move(arguments)); }
+
+}  // namespace mirel

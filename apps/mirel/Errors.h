@@ -1,0 +1,27 @@
+/// How a run can end other than by success.
+#pragma once
+
+#include <stdexcept>
+
+namespace mirel {
+
+enum ExitStatus : int {
+  success = 0,
+  noResult = 1,      ///< the input was fine, but there is nothing to show for it
+  unusable = 2,      ///< wrong usage or unusable input
+  interrupted = 130  ///< stopped by the user
+};
+
+/// Wrong usage or unusable input. The text is one line: where, what, and what would be right.
+class UsageError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// The user asked to stop.
+class Interrupted : public std::runtime_error {
+ public:
+  Interrupted() : std::runtime_error("interrupted, nothing written") {}
+};
+
+}  // namespace mirel

@@ -1,0 +1,188 @@
+/// `mirel features`: features and descriptors of one image.
+#include "Command.h"
+#include "Errors.h"
+#include "Session.h"
+#include "input/ImageFile.h"
+#include "output/Csv.h"
+#include "output/Digest.h"
+#include "pictures/FeaturePicture.h"
+#include "tracking/FrameFeatures.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <opencv2/core.hpp>
+
+namespace mirel {
+
+namespace {
+
+constexpr const char* operations = "retrieve";
+
+/// Throws `UsageError` for endings that OpenCV's storage does not know.
+void checkStorageName(const std::string& file) {
+  constexpr std::array endings = {".yml", ".yaml", ".xml", ".json", ".yml.gz", ".yaml.gz", ".xml.gz", ".json.gz"};
+  const bool known = std::any_of(endings.begin(), endings.end(), [&](const char* e) { return file.ends_with(e); });
+  if (!known) throw UsageError("--descriptors " + file + ": .yml, .xml or .json expected, .gz may follow");
+}
+
+void writeDescriptors(const std::filesystem::path& path, const std::string& shown, const FrameFeatures& features) {
+  cv::Mat table(static_cast<int>(features.keyPoints.size()), 5, CV_32F);
+  for (int i = 0; i < table.rows; ++i) {
+    const cv::KeyPoint& p = features.keyPoints[i];
+    const float row[] = {p.pt.x, p.pt.y, p.size, p.angle, p.response};
+    std::copy(std::begin(row), std::end(row), table.ptr<float>(i));
+  }
+  try {
+    cv::FileStorage storage(path.string(), cv::FileStorage::WRITE);
+    if (!storage.isOpened()) throw UsageError("--descriptors " + shown + ": cannot be written");
+    storage << "schema" << 1 << "image" << features.frame.name << "width" << features.frame.grey.cols << "height"
+            << features.frame.grey.rows << "features" << table << "descriptors" << features.descriptors;
+  } catch (const cv::Exception&) {
+    throw UsageError("--descriptors " + shown + ": cannot be written");
+  }
+}
+
+struct CellRange {
+  int least = 0, most = 0;
+};
+
+CellRange cellRange(const FrameFeatures& features, int cells) {
+  if (cells <= 0) return {};
+  const std::vector<int> counts = countPerCell(features.keyPoints, features.frame.grey.size(), cells);
+  const auto [least, most] = std::minmax_element(counts.begin(), counts.end());
+  return {*least, *most};
+}
+
+void writeCsv(Session& session, const FrameFeatures& features) {
+  Csv csv(session.folder(), "features.csv", "x_px,y_px,size_px,angle,response,descriptor_hex");
+  for (int i = 0; i < features.descriptors.rows; ++i) {
+    const cv::KeyPoint& p = features.keyPoints[i];
+    const std::string_view bytes(features.descriptors.ptr<char>(i),
+                                 static_cast<std::size_t>(features.descriptors.cols));
+    csv.row(p.pt.x, p.pt.y, p.size, p.angle, p.response, hexadecimal(bytes));
+  }
+  csv.close();
+}
+
+nlohmann::json resultJson(const FrameFeatures& features, int cells, const StageClock& clock) {
+  const CellRange range = cellRange(features, cells);
+  nlohmann::json milliseconds = nlohmann::json::object();
+  for (const auto& [stage, seconds] : clock.stages()) milliseconds[stage] = 1000 * seconds;
+  return {{"schema", 1},
+          {"command", "features"},
+          {"image", features.frame.name},
+          {"width_px", features.frame.grey.cols},
+          {"height_px", features.frame.grey.rows},
+          {"found", features.found},
+          {"kept", features.keyPoints.size()},
+          {"dropped_by_descriptor", features.found - static_cast<int>(features.keyPoints.size())},
+          {"descriptor_bytes", features.descriptors.cols},
+          {"cells_per_side", cells},
+          {"least_per_cell", range.least},
+          {"most_per_cell", range.most},
+          {"milliseconds", milliseconds}};
+}
+
+Report makeReport(const nlohmann::json& result, const FrameFeatures& features) {
+  Report report;
+  report.command = "mirel features";
+  const int kept = result["kept"], least = result["least_per_cell"], most = result["most_per_cell"];
+  const int cells = result["cells_per_side"];
+  report.title = fmt::format("{} features in {}", kept, features.frame.name);
+  if (kept == 0) {
+    report.verdict = Verdict::bad;
+    report.sentence = "No result: no feature was found.";
+  } else if (cells > 0 && least == 0) {
+    report.verdict = Verdict::weak;
+    report.sentence = "Some cells of the grid have no feature: the image has too little texture there.";
+  } else {
+    report.sentence = "Good: features all over the image.";
+  }
+  const auto milliseconds = [&](const char* stage) {
+    return fmt::format("{:.1f} ms", result["milliseconds"].value(stage, 0.0));
+  };
+  report.facts = {{"Found", fmt::format("{}", features.found), "within the budget"},
+                  {"Kept", fmt::format("{}", kept), "with a descriptor"},
+                  {"Dropped", fmt::format("{}", features.found - kept), "by the descriptor"},
+                  {"Per cell", fmt::format("{} to {}", least, most), fmt::format("grid of {0} x {0}", cells)},
+                  {"Descriptor", fmt::format("{} bytes", features.descriptors.cols), ""},
+                  {"Image", fmt::format("{} x {}", features.frame.grey.cols, features.frame.grey.rows), "pixels"},
+                  {"Features", milliseconds("features"), ""},
+                  {"Descriptors", milliseconds("descriptors"), ""}};
+  report.result = result;
+  return report;
+}
+
+std::string summaryText(const nlohmann::json& result, const StageClock& clock) {
+  std::string text = summaryLine("image", fmt::format("{} ({} x {} px)", result["image"].get<std::string>(),
+                                                      result["width_px"].get<int>(), result["height_px"].get<int>()));
+  text += summaryLine("found", result["found"].dump());
+  text += summaryLine("kept", fmt::format("{} ({} dropped by the descriptor)", result["kept"].dump(),
+                                          result["dropped_by_descriptor"].dump()));
+  text += summaryLine("per cell", fmt::format("{} to {}, grid of {} x {}", result["least_per_cell"].dump(),
+                                              result["most_per_cell"].dump(), result["cells_per_side"].dump(),
+                                              result["cells_per_side"].dump()));
+  return text + summaryLine("time", describeStages(clock));
+}
+
+class FeaturesCommand : public Command {
+ public:
+  void addOptions(CLI::App& app) override {
+    app.add_option("image", image_, "an image file, or - for standard input")->type_name("IMAGE");
+    app.add_option("--descriptors", descriptors_,
+                   "also write features (x, y, size, angle, response per row) and descriptors (bytes per row) as "
+                   "matrices for cv::FileStorage: .yml, .xml or .json, .gz may follow")
+        ->type_name("FILE");
+    common_.add(app);
+  }
+
+  int run(CLI::App& app) override {
+    Session session(app, common_, operations);
+    if (image_.empty()) throw UsageError("no image given; an image file expected");
+    if (!descriptors_.empty()) checkStorageName(descriptors_);
+    const std::string bytes = readBytes(image_);
+    const std::vector<InputFile> inputs = {{image_, bytes.size(), sha256(bytes)}};
+    const std::string name = image_ == "-" ? "standard input" : std::filesystem::path(image_).filename().string();
+    Frame frame{name, session.clock().time("reading", [&] { return decodeImage(image_, bytes); })};
+    session.folder();
+    const FrameFeatures features = extractFeatures(std::move(frame), 1, session.settings(), session.clock());
+    return show(session, features, inputs);
+  }
+
+ private:
+  int show(Session& session, const FrameFeatures& features, const std::vector<InputFile>& inputs) {
+    constexpr int mostCells = 100;  // finer grids are not shown
+    const int wanted = session.settings().integer("FBMnCells", "retrieveFeatures");
+    const int cells = wanted >= 1 && wanted <= mostCells ? wanted : 0;
+    const cv::Mat overlay = session.clock().time("picture", [&] { return drawFeatures(features, cells); });
+    session.folder().writePicture("overlay.png", overlay);
+    writeCsv(session, features);
+    if (!descriptors_.empty()) writeDescriptors(session.stageFile(descriptors_).path(), descriptors_, features);
+    const nlohmann::json result = resultJson(features, cells, session.clock());
+    Report report = makeReport(result, features);
+    report.pictures = {
+        {"Circles as wide as the features, coloured by response; numbers: features in the cell", reportJpeg(overlay)}};
+    const std::string picture = summaryLine("picture", session.folder().shownPath("overlay.png"));
+    session.finish(std::move(report), inputs, summaryText(result, session.clock()) + picture);
+    if (!features.keyPoints.empty()) return success;
+    fmt::print(stderr, "mirel features: {}: {} features found, {} with a descriptor\n", features.frame.name,
+               features.found, features.keyPoints.size());
+    return noResult;
+  }
+
+  RunOptions common_;
+  std::string image_, descriptors_;
+};
+
+const CommandRegistration<FeaturesCommand> registration(
+    "features", "find and describe the features of one image",
+    {"mirel features left01.jpg --out out/features",
+     "mirel features photo.png --set FBMType=2 --set FBMFeatureType=5 --json"});
+
+}  // namespace
+
+}  // namespace mirel

@@ -1,0 +1,73 @@
+#include "Session.h"
+
+#include "options/Replay.h"
+
+#include <fmt/format.h>
+
+#include <cstdio>
+
+namespace mirel {
+
+namespace {
+
+nlohmann::json replay(CLI::App& app, const RunOptions& options) {
+  if (options.config.empty()) return nullptr;
+  const nlohmann::json record = readRunRecord(options.config);
+  replayOptions(app, record, options.config);
+  return record;
+}
+
+}  // namespace
+
+Session::Session(CLI::App& app, const RunOptions& options, const std::string& operations)
+    : app_(app),
+      options_(options),
+      replayed_(replay(app, options)),
+      threads_(options.apply()),
+      settings_(options.settings),
+      inForce_(settings_.inForce(operations)) {
+  for (const std::string& key : settings_.unread(operations)) {
+    fmt::print(stderr, "mirel {}: warning: --set {}: not read by this subcommand\n", app.get_name(), key);
+  }
+}
+
+OutputFolder& Session::folder() {
+  if (!folder_) {
+    folder_.emplace(options_.out);
+    // Dumps of intermediate images go where all results go, unless the user wants them elsewhere.
+    if (!settings_.isSet("FBMWorkDir")) {
+      settings_.set("FBMWorkDir", std::filesystem::path(folder_->stagingFolder()).wstring());
+    }
+  }
+  return *folder_;
+}
+
+void Session::finish(Report report, const std::vector<InputFile>& inputs, const std::string& summary,
+                     const std::string& numberedPrefix) {
+  const RunRecord record{app_.get_name(), recordedOptions(app_), inForce_, inputs};
+  if (!replayed_.is_null()) warnAboutChangedInputs(replayed_, inputs);
+  report.run = record.json(clock_);
+  folder().write("run.json", report.run.dump(2) + "\n");
+  folder().write("report.html", report.html());
+  for (const auto& file : files_) file->commit();
+  folder().commit(numberedPrefix);
+  if (options_.json) {
+    fmt::print("{}\n", report.result.dump(2));
+  } else if (!options_.quiet) {
+    fmt::print("{}{}", summary, summaryLine("report", folder().shownPath("report.html")));
+  }
+}
+
+std::string summaryLine(const std::string& label, const std::string& text) {
+  return fmt::format("{:<14}{}\n", label, text);
+}
+
+std::string describeStages(const StageClock& clock) {
+  std::string text;
+  for (const auto& [stage, seconds] : clock.stages()) {
+    text += fmt::format("{}{} {:.1f} ms", text.empty() ? "" : ", ", stage, 1000 * seconds);
+  }
+  return text;
+}
+
+}  // namespace mirel

@@ -1,0 +1,98 @@
+/// `mirel settings`: every key of the library.
+#include "Command.h"
+#include "Errors.h"
+#include "options/NearestName.h"
+#include "options/SettingsOption.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <nlohmann/json.hpp>
+
+namespace mirel {
+
+namespace {
+
+using MirelAlgorithms::SettingInfo;
+
+std::vector<std::string> operationsOf(const std::vector<SettingInfo>& catalogue) {
+  std::vector<std::string> names;
+  for (const SettingInfo& info : catalogue) {
+    if (std::find(names.begin(), names.end(), info.readBy) == names.end()) names.push_back(info.readBy);
+  }
+  return names;
+}
+
+/// Those read by operations whose name begins with `operation`.
+std::vector<SettingInfo> settingsReadBy(const std::string& operation) {
+  const std::vector<SettingInfo> catalogue = MirelAlgorithms::settingsCatalogue();
+  std::vector<SettingInfo> chosen;
+  std::copy_if(catalogue.begin(), catalogue.end(), std::back_inserter(chosen),
+               [&](const SettingInfo& info) { return info.readBy.starts_with(operation); });
+  if (chosen.empty()) {
+    const std::string hint = didYouMean(operation, operationsOf(catalogue));
+    throw UsageError("--read-by: no operation '" + operation + "'" + (hint.empty() ? "; see: mirel settings" : hint));
+  }
+  return chosen;
+}
+
+void printJson(const std::vector<SettingInfo>& settings) {
+  nlohmann::json list = nlohmann::json::array();
+  for (const SettingInfo& info : settings) {
+    list.push_back({{"key", narrow(info.key)},
+                    {"type", typeName(info.fallback)},
+                    {"default", valueJson(info.fallback)},
+                    {"meaning", info.meaning},
+                    {"read_by", info.readBy}});
+  }
+  fmt::print("{}\n", nlohmann::json{{"schema", 1}, {"command", "settings"}, {"settings", list}}.dump(2));
+}
+
+void printTable(const std::vector<SettingInfo>& settings) {
+  std::size_t keyWidth = 3, valueWidth = 7;
+  for (const SettingInfo& info : settings) {
+    keyWidth = std::max(keyWidth, info.key.size());
+    valueWidth = std::max(valueWidth, valueText(info.fallback).size());
+  }
+  std::string operation;
+  for (const SettingInfo& info : settings) {
+    if (info.readBy != operation) {
+      fmt::print("{}read by {}\n", operation.empty() ? "" : "\n", info.readBy);
+      fmt::print("  {:<{}}  {:<6}  {:<{}}  {}\n", "key", keyWidth, "type", "default", valueWidth, "meaning");
+      operation = info.readBy;
+    }
+    fmt::print("  {:<{}}  {:<6}  {:<{}}  {}\n", narrow(info.key), keyWidth, typeName(info.fallback),
+               valueText(info.fallback), valueWidth, info.meaning);
+  }
+}
+
+class SettingsCommand : public Command {
+ public:
+  void addOptions(CLI::App& app) override {
+    app.add_option("--read-by", readBy_, "only the keys of operations whose name begins so")->type_name("OPERATION");
+    app.add_flag("--json", json_, "as JSON");
+  }
+
+  int run(CLI::App&) override {
+    const std::vector<SettingInfo> settings = settingsReadBy(readBy_);
+    if (json_) {
+      printJson(settings);
+    } else {
+      printTable(settings);
+    }
+    return success;
+  }
+
+ private:
+  std::string readBy_;
+  bool json_ = false;
+};
+
+const CommandRegistration<SettingsCommand> registration("settings", "list every setting of the library",
+                                                        {"mirel settings",
+                                                         "mirel settings --read-by retrieveFeatures --json"});
+
+}  // namespace
+
+}  // namespace mirel

@@ -1,0 +1,91 @@
+#include "input/ImageFile.h"
+
+#include "Errors.h"
+#include "input/ImageHeader.h"
+#include "input/QuietStderr.h"
+
+#include <fmt/format.h>
+
+#include <climits>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <opencv2/imgcodecs.hpp>
+
+namespace mirel {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::uintmax_t maxBytes = 1u << 30;
+
+void checkBytes(const std::string& name, std::uintmax_t size) {
+  if (size == 0) throw UsageError(name + ": empty, an image or a video expected");
+}
+
+std::string readStandardInput() {
+  std::string bytes;
+  std::vector<char> block(1 << 20);
+  while (std::cin.read(block.data(), block.size()) || std::cin.gcount() > 0) {
+    bytes.append(block.data(), static_cast<std::size_t>(std::cin.gcount()));
+    if (bytes.size() > maxBytes) throw UsageError("-: more than 1 GiB on standard input, an image expected");
+  }
+  checkBytes("-", bytes.size());
+  return bytes;
+}
+
+cv::Mat decodeQuietly(std::string_view bytes) {
+  const QuietStderr quiet;
+  try {
+    const cv::Mat buffer(1, static_cast<int>(bytes.size()), CV_8U, const_cast<char*>(bytes.data()));
+    return cv::imdecode(buffer, cv::IMREAD_GRAYSCALE);
+  } catch (const cv::Exception&) {
+    return {};
+  }
+}
+
+}  // namespace
+
+void checkIsFile(const std::string& path) {
+  std::error_code error;
+  const fs::file_status status = fs::status(path, error);
+  if (status.type() == fs::file_type::not_found) throw UsageError(path + ": no such file");
+  if (status.type() == fs::file_type::none) throw UsageError(path + ": cannot be read: " + error.message());
+  if (status.type() == fs::file_type::directory) {
+    throw UsageError(path + ": a folder, files expected, for example '" + (fs::path(path) / "*.png").string() + "'");
+  }
+  if (status.type() != fs::file_type::regular) throw UsageError(path + ": neither an image nor a video file");
+  checkBytes(path, fs::file_size(path, error));
+  if (!std::ifstream(path, std::ios::binary)) throw UsageError(path + ": cannot be read: permission denied");
+}
+
+std::string readBytes(const std::string& path) {
+  if (path == "-") return readStandardInput();
+  checkIsFile(path);
+  const std::uintmax_t size = fs::file_size(path);
+  if (size > maxBytes) throw UsageError(path + ": more than 1 GiB, an image expected");
+  std::string bytes(size, '\0');
+  std::ifstream stream(path, std::ios::binary);
+  if (!stream.read(bytes.data(), static_cast<std::streamsize>(size))) throw UsageError(path + ": cannot be read");
+  return bytes;
+}
+
+void checkPixels(const std::string& name, std::uint64_t width, std::uint64_t height) {
+  if (width == 0 || height == 0 || width <= maxPixels / height) return;
+  throw UsageError(
+      fmt::format("{}: {} x {} pixels, at most {} megapixels expected", name, width, height, maxPixels / 1'000'000));
+}
+
+cv::Mat decodeImage(const std::string& name, std::string_view bytes) {
+  if (const auto header = readImageHeader(bytes)) {
+    checkPixels(name, header->width, header->height);
+    if (!header->complete) throw UsageError(name + ": the image ends too early, a whole file expected");
+  }
+  const cv::Mat grey = bytes.size() <= INT_MAX ? decodeQuietly(bytes) : cv::Mat();
+  if (grey.empty()) throw UsageError(name + ": not an image that can be read (PNG, JPEG, TIFF, BMP, PNM, WebP, ...)");
+  checkPixels(name, grey.cols, grey.rows);
+  return grey;
+}
+
+}  // namespace mirel

@@ -1,0 +1,62 @@
+#include "options/Replay.h"
+
+#include "Errors.h"
+
+#include <array>
+#include <fstream>
+
+namespace mirel {
+
+namespace {
+
+constexpr std::array notRecorded = {"out", "config", "log", "json", "quiet", "help"};
+
+std::string optionName(const CLI::Option& option) {
+  return option.get_lnames().empty() ? option.get_name() : option.get_lnames().front();
+}
+
+bool isRecorded(const std::string& name) {
+  return std::find(notRecorded.begin(), notRecorded.end(), name) == notRecorded.end();
+}
+
+}  // namespace
+
+nlohmann::json recordedOptions(const CLI::App& app) {
+  nlohmann::json options = nlohmann::json::object();
+  for (const CLI::Option* option : app.get_options()) {
+    const std::string name = optionName(*option);
+    if (option->count() > 0 && isRecorded(name)) options[name] = option->results();
+  }
+  return options;
+}
+
+nlohmann::json readRunRecord(const std::string& file) {
+  std::ifstream stream(file, std::ios::binary);
+  if (!stream) throw UsageError("--config " + file + ": cannot be read, the run.json of an earlier run expected");
+  const nlohmann::json record = nlohmann::json::parse(stream, nullptr, false);
+  const bool fits = record.is_object() && record.value("schema", nlohmann::json()) == 1 &&
+                    record.value("command", nlohmann::json()).is_string() &&
+                    record.value("options", nlohmann::json()).is_object();
+  if (!fits) throw UsageError("--config " + file + ": not a run record, the run.json of an earlier run expected");
+  return record;
+}
+
+void replayOptions(CLI::App& app, const nlohmann::json& record, const std::string& file) {
+  if (record["command"] != app.get_name()) {
+    throw UsageError("--config " + file + ": records a run of '" + record["command"].get<std::string>() +
+                     "', not of '" + app.get_name() + "'");
+  }
+  const nlohmann::json& options = record["options"];
+  for (CLI::Option* option : app.get_options()) {
+    const std::string name = optionName(*option);
+    if (option->count() > 0 || !isRecorded(name) || !options.contains(name)) continue;
+    try {
+      option->add_result(options[name].get<std::vector<std::string>>());
+      option->run_callback();
+    } catch (const nlohmann::json::exception&) {
+      throw UsageError("--config " + file + ": option '" + name + "' should be a list of texts");
+    }
+  }
+}
+
+}  // namespace mirel

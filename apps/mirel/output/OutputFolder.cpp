@@ -1,0 +1,112 @@
+#include "output/OutputFolder.h"
+
+#include "Errors.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <fstream>
+#include <opencv2/imgcodecs.hpp>
+#ifdef _WIN32
+#include <process.h>
+#else
+#include <unistd.h>
+#endif
+
+namespace mirel {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+int processId() {
+#ifdef _WIN32
+  return _getpid();
+#else
+  return getpid();
+#endif
+}
+
+UsageError cannotWrite(const fs::path& path, const std::string& reason) {
+  return UsageError(fmt::format("{}: cannot be written: {}", path.string(), reason));
+}
+
+bool isNumbered(const std::string& name, const std::string& prefix) {
+  constexpr std::string_view ending = ".png";
+  if (!name.starts_with(prefix) || !name.ends_with(ending)) return false;
+  const auto digits = std::string_view(name).substr(prefix.size(), name.size() - prefix.size() - ending.size());
+  return !digits.empty() && digits.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
+}  // namespace
+
+OutputFolder::OutputFolder(const std::string& folder) : folder_(folder) {
+  std::error_code error;
+  for (fs::path path = folder_; !path.empty() && !fs::exists(path, error); path = path.parent_path()) {
+    made_.insert(made_.begin(), path);
+  }
+  staging_ = folder_ / fmt::format(".mirel-unfinished-{}", processId());
+  fs::create_directories(staging_, error);
+  if (!error) return;
+  for (auto path = made_.rbegin(); path != made_.rend(); ++path) fs::remove(*path);
+  throw UsageError(fmt::format("--out {}: cannot write there: {}", folder, error.message()));
+}
+
+OutputFolder::~OutputFolder() {
+  std::error_code ignored;
+  fs::remove_all(staging_, ignored);
+  for (auto path = made_.rbegin(); path != made_.rend(); ++path) fs::remove(*path, ignored);  // those still empty
+}
+
+void OutputFolder::write(const std::string& name, std::string_view bytes) {
+  std::ofstream stream(staging_ / name, std::ios::binary);
+  stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  stream.close();
+  if (!stream) throw cannotWrite(folder_ / name, "the disk does not take it");
+}
+
+void OutputFolder::writePicture(const std::string& name, const cv::Mat& picture) {
+  std::vector<unsigned char> bytes;
+  cv::imencode(".png", picture, bytes);
+  write(name, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+}
+
+std::string OutputFolder::stagingFolder() const { return (staging_ / "").string(); }
+
+void OutputFolder::commit(const std::string& numberedPrefix) {
+  if (!numberedPrefix.empty()) removeEarlier(numberedPrefix);
+  for (const fs::directory_entry& file : fs::directory_iterator(staging_)) {
+    const fs::path target = folder_ / file.path().filename();
+    std::error_code error;
+    fs::rename(file.path(), target, error);
+    if (error) throw cannotWrite(target, error.message());
+  }
+}
+
+void OutputFolder::removeEarlier(const std::string& numberedPrefix) const {
+  std::vector<fs::path> earlier;
+  for (const fs::directory_entry& file : fs::directory_iterator(folder_)) {
+    const std::string name = file.path().filename().string();
+    if (isNumbered(name, numberedPrefix) && !fs::exists(staging_ / name)) earlier.push_back(file.path());
+  }
+  std::error_code ignored;
+  for (const fs::path& path : earlier) fs::remove(path, ignored);
+}
+
+StagedFile::StagedFile(fs::path target) : target_(std::move(target)) {
+  if (fs::is_directory(target_)) throw UsageError(target_.string() + ": a folder, a file name expected");
+  staged_ = target_.parent_path() / fmt::format(".mirel-unfinished-{}-{}", processId(), target_.filename().string());
+}
+
+StagedFile::~StagedFile() {
+  std::error_code ignored;
+  fs::remove(staged_, ignored);
+}
+
+void StagedFile::commit() {
+  std::error_code error;
+  fs::rename(staged_, target_, error);
+  if (error) throw cannotWrite(target_, error.message());
+}
+
+}  // namespace mirel

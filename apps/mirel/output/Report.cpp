@@ -1,0 +1,194 @@
+#include "output/Report.h"
+
+#include "output/Digest.h"
+#include "output/PageParts.h"
+
+#include <fmt/format.h>
+
+#include <map>
+#include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
+
+namespace mirel {
+
+namespace {
+
+std::string escape(std::string_view text) {
+  std::string safe;
+  for (const char c : text) {
+    switch (c) {
+      case '&':
+        safe += "&amp;";
+        break;
+      case '<':
+        safe += "&lt;";
+        break;
+      case '>':
+        safe += "&gt;";
+        break;
+      case '"':
+        safe += "&quot;";
+        break;
+      default:
+        safe += c;
+    }
+  }
+  return safe;
+}
+
+/// JSON that cannot end the script element it stands in.
+std::string scriptSafe(const nlohmann::json& value) {
+  std::string text = value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+  for (std::size_t at = 0; (at = text.find('<', at)) != std::string::npos;) text.replace(at, 1, "\\u003c");
+  return text;
+}
+
+/// Replaces every {{name}} of the page; what is put in is not looked at again.
+std::string fill(std::string_view page, const std::map<std::string, std::string, std::less<>>& parts) {
+  std::string text;
+  while (true) {
+    const std::size_t open = page.find("{{");
+    text += page.substr(0, open);
+    if (open == std::string_view::npos) return text;
+    const std::size_t close = page.find("}}", open);
+    text += parts.find(page.substr(open + 2, close - open - 2))->second;
+    page.remove_prefix(close + 2);
+  }
+}
+
+bool isNumber(const std::string& text) {
+  return !text.empty() && text.find_first_not_of("0123456789.,-+e %") == std::string::npos;
+}
+
+std::string factsHtml(const std::vector<ReportFact>& facts) {
+  std::string html;
+  for (const ReportFact& fact : facts) {
+    html += fmt::format("<div><dt>{}</dt><dd>{}<small>{}</small></dd></div>\n", escape(fact.label), escape(fact.value),
+                        escape(fact.note));
+  }
+  return html;
+}
+
+std::string picturesHtml(const std::vector<ReportPicture>& pictures) {
+  if (pictures.empty()) return {};
+  std::string html = "<section>\n<h2>Pictures</h2>\n";
+  for (const ReportPicture& picture : pictures) {
+    html += fmt::format(
+        "<figure><img alt=\"{0}\" src=\"data:image/jpeg;base64,{1}\"><figcaption>{0}</figcaption></figure>\n",
+        escape(picture.caption), base64(picture.jpeg));
+  }
+  return html + "</section>\n";
+}
+
+std::string chartsHtml(const std::vector<ReportChart>& charts) {
+  if (charts.empty()) return {};
+  std::string html = "<section>\n<h2>Over the frames</h2>\n<div class=\"charts\">\n";
+  for (std::size_t i = 0; i < charts.size(); ++i) {
+    html += fmt::format("<div class=\"chart\"><h3>{}</h3><div><canvas id=\"chart{}\"></canvas></div></div>\n",
+                        escape(charts[i].title), i);
+  }
+  return html + "</div>\n</section>\n";
+}
+
+nlohmann::json chartsJson(const std::vector<ReportChart>& charts) {
+  nlohmann::json list = nlohmann::json::array();
+  for (const ReportChart& chart : charts) {
+    list.push_back({{"x", chart.xLabel},
+                    {"y", chart.yLabel},
+                    {"labels", chart.labels},
+                    {"series", chart.series},
+                    {"fromZero", chart.fromZero}});
+  }
+  return list;
+}
+
+std::string tableHtml(const ReportTable& table) {
+  std::string html = fmt::format("<section>\n<h2>{}</h2>\n<div class=\"wide\"><table><thead><tr>", escape(table.title));
+  for (std::size_t i = 0; i < table.heads.size(); ++i) {
+    const bool number = !table.rows.empty() && isNumber(table.rows[0][i]);
+    html += fmt::format("<th{}>{}</th>", number ? " class=\"number\"" : "", escape(table.heads[i]));
+  }
+  html += "</tr></thead><tbody>\n";
+  for (const auto& row : table.rows) {
+    html += "<tr>";
+    for (const std::string& cell : row) {
+      html += fmt::format("<td class=\"{}\">{}</td>", isNumber(cell) ? "number" : "name", escape(cell));
+    }
+    html += "</tr>\n";
+  }
+  return html + "</tbody></table></div>\n</section>\n";
+}
+
+std::string tablesHtml(const std::vector<ReportTable>& tables) {
+  std::string html;
+  for (const ReportTable& table : tables) html += tableHtml(table);
+  return html;
+}
+
+std::string plain(const nlohmann::json& value) { return value.is_string() ? value.get<std::string>() : value.dump(); }
+
+std::string settingsRows(const nlohmann::json& settings, bool changed) {
+  std::string html;
+  for (const nlohmann::json& row : settings) {
+    if (row["changed"] != changed) continue;
+    html += fmt::format(
+        "<tr{}><td class=\"name\">{}</td><td class=\"name\">{}{}</td><td class=\"name\">{}</td><td>{}</td>"
+        "<td>{}</td></tr>\n",
+        changed ? " class=\"changed\"" : "", escape(plain(row["key"])), escape(plain(row["value"])),
+        changed ? " <span class=\"mark\">changed</span>" : "", escape(plain(row["default"])),
+        escape(plain(row["meaning"])), escape(plain(row["read_by"])));
+  }
+  return html;
+}
+
+std::string settingsHtml(const nlohmann::json& settings) {
+  const char* head =
+      "<div class=\"wide\"><table><thead><tr><th>Key</th><th>Value</th><th>Default</th><th>Meaning</th><th>Read by</th>"
+      "</tr></thead><tbody>\n";
+  const char* tail = "</tbody></table></div>\n";
+  const std::string changed = settingsRows(settings, true);
+  return (changed.empty() ? "<p>All at their defaults.</p>\n" : head + changed + tail) +
+         "<details><summary>Settings at their defaults</summary>\n" + head + settingsRows(settings, false) + tail +
+         "</details>\n";
+}
+
+std::string footerHtml(const nlohmann::json& run) {
+  return escape(fmt::format("mirel {}, OpenCV {}, xfeatures2d {}, instruction set {}", plain(run["version"]),
+                            plain(run["opencv"]), run["xfeatures2d"].get<bool>() ? "yes" : "no",
+                            plain(run["instruction_set"])));
+}
+
+}  // namespace
+
+std::string Report::html() const {
+  constexpr const char* levels[] = {"good", "weak", "bad"};
+  const std::vector<ReportChart> drawable = page::library.empty() ? std::vector<ReportChart>() : charts;
+  const nlohmann::json data = {{"schema", 1}, {"result", result}, {"run", run}, {"charts", chartsJson(drawable)}};
+  return fill(page::html, {{"title", escape(title)},
+                           {"command", escape(command)},
+                           {"level", levels[static_cast<int>(verdict)]},
+                           {"verdict", escape(sentence)},
+                           {"facts", factsHtml(facts)},
+                           {"pictures", picturesHtml(pictures)},
+                           {"charts", chartsHtml(drawable)},
+                           {"tables", tablesHtml(tables)},
+                           {"settings", settingsHtml(run["settings"])},
+                           {"footer", footerHtml(run)},
+                           {"data", scriptSafe(data)},
+                           {"style", std::string(page::style)},
+                           {"library", std::string(page::library)},
+                           {"script", std::string(page::script)}});
+}
+
+std::string reportJpeg(const cv::Mat& picture) {
+  constexpr int widest = 1560;
+  cv::Mat smaller = picture;
+  if (picture.cols > widest) {
+    cv::resize(picture, smaller, {widest, picture.rows * widest / picture.cols}, 0, 0, cv::INTER_AREA);
+  }
+  std::vector<unsigned char> bytes;
+  cv::imencode(".jpg", smaller, bytes, {cv::IMWRITE_JPEG_QUALITY, 88});
+  return {bytes.begin(), bytes.end()};
+}
+
+}  // namespace mirel

@@ -1,0 +1,55 @@
+/// One web page about a run that needs nothing but itself.
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <opencv2/core/mat.hpp>
+#include <string>
+#include <vector>
+
+namespace mirel {
+
+enum class Verdict { good, weak, bad };
+
+struct ReportFact {
+  std::string label, value, note;
+};
+
+struct ReportPicture {
+  std::string caption;
+  std::string jpeg;  ///< as `reportJpeg` gives it
+};
+
+struct ReportChart {
+  std::string title, xLabel, yLabel;
+  nlohmann::json labels;  ///< one per point
+  nlohmann::json series;  ///< list of {"name", "values"}; null is a gap
+  bool fromZero = true;
+};
+
+/// Cells that read as numbers are set to the right.
+struct ReportTable {
+  std::string title;
+  std::vector<std::string> heads;
+  std::vector<std::vector<std::string>> rows;
+};
+
+struct Report {
+  std::string command;  ///< "mirel track"
+  std::string title;    ///< the answer
+  Verdict verdict = Verdict::good;
+  std::string sentence;  ///< what to think of it
+  std::vector<ReportFact> facts;
+  std::vector<ReportPicture> pictures;
+  std::vector<ReportChart> charts;
+  std::vector<ReportTable> tables;
+  nlohmann::json result;  ///< the numbers
+  nlohmann::json run;     ///< the run record; its settings are shown
+
+  /// The page: style, script, numbers and pictures inside, nothing fetched from anywhere.
+  std::string html() const;
+};
+
+/// A picture for the page: JPEG of at most 1560 pixels in width.
+std::string reportJpeg(const cv::Mat& picture);
+
+}  // namespace mirel

@@ -1,0 +1,17 @@
+/// Two frames side by side with lines between matched features.
+#pragma once
+
+#include "tracking/PairMatcher.h"
+
+#include <opencv2/core/mat.hpp>
+
+namespace mirel {
+
+/// Lines are coloured by descriptor distance; a ring at the right end marks a match that does not agree with the image
+/// motion. `circles` adds the search circles of some matches.
+cv::Mat drawMatches(const cv::Mat& grey1, const cv::Mat& grey2, const PairResult& pair, bool circles);
+
+/// "12.3 px (dx 11.9, dy -3.1), 0.42 deg, scale 1.003", or that there is no motion.
+std::string describeMotion(const ImageMotion& motion);
+
+}  // namespace mirel
