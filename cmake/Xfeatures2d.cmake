@@ -54,6 +54,11 @@ function(mirel_build_xfeatures2d folder)
   else()
     target_compile_options(mirel_xfeatures2d PRIVATE -w)
   endif()
+  if(MIREL_SANITIZE)
+    # Memory errors stay watched. The rest is OpenCV's own: for one, it casts the logarithm of any key point size to int
+    # and clamps it afterwards.
+    target_compile_options(mirel_xfeatures2d PRIVATE -fno-sanitize=undefined,float-cast-overflow)
+  endif()
 endfunction()
 
 if(TARGET opencv_xfeatures2d)

@@ -6,7 +6,6 @@
 
 #if MIREL_HAS_XFEATURES2D
 #include <opencv2/xfeatures2d.hpp>
-#endif
 
 namespace MirelAlgorithms {
 namespace {
@@ -26,19 +25,27 @@ cv::Mat smoothedForLatch(const cv::Mat& image) {
 
 }  // namespace
 
-void computeLatch([[maybe_unused]] const char* function, const cv::Mat& image, std::vector<cv::KeyPoint>& keyPoints,
+void computeLatch(const char* function, const cv::Mat& image, std::vector<cv::KeyPoint>& keyPoints,
                   cv::Mat& descriptors, const LatchSettings& settings) {
   constexpr int largestHalfPatch = 90;
   requireRange(function, "PatchSize", settings.halfPatch, 0, largestHalfPatch);
-#if MIREL_HAS_XFEATURES2D
   constexpr bool rotationInvariant = true;
   constexpr double alreadySmoothed = 0.0;
   const auto latch =
       cv::xfeatures2d::LATCH::create(settings.bytes, rotationInvariant, settings.halfPatch, alreadySmoothed);
   computeAligned(*latch, smoothedForLatch(image), keyPoints, descriptors);
-#else
-  refuseWithoutXfeatures2d(function, "LATCH");
-#endif
 }
 
 }  // namespace MirelAlgorithms
+
+#else
+
+namespace MirelAlgorithms {
+
+void computeLatch(const char* function, const cv::Mat&, std::vector<cv::KeyPoint>&, cv::Mat&, const LatchSettings&) {
+  refuseWithoutXfeatures2d(function, "LATCH");
+}
+
+}  // namespace MirelAlgorithms
+
+#endif
