@@ -17,8 +17,8 @@ namespace MirelAlgorithms {
 /// All see the image after `MirelCore::enhance` with strength `FBMEnhancement`. The fixed-point descriptor truncates
 /// positions to whole pixels and addresses pixels linearly: what lies left or right of the image is read from the
 /// previous or next row, what lies before the first or behind the last pixel is 0, and so is everything around a
-/// position that is NaN or fits no 32-bit integer. The other kinds drop features they cannot describe, near the border
-/// above all.
+/// position that is NaN or fits no 32-bit integer. The other kinds drop features they cannot describe: near the border,
+/// or with a position or angle that is not finite (BRISK: an angle outside -360 to 719 degrees).
 ///
 /// @param image        8-bit grey, not empty; not written
 /// @param features     N x 1, CV_32FC(5): x, y, size, angle, response; pixels, degrees. Kinds other than the

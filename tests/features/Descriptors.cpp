@@ -219,6 +219,8 @@ TEST(DescriptorFamilies, dropWhatHasNoPlaceInTheImage) {
                                  {70, nan, 7, 0, 1},
                                  {infinity, 60, 7, 0, 1},
                                  {70, 1e30f, 7, 0, 1},
+                                 {70, 60, 7, nan, 1},
+                                 {70, 60, 7, infinity, 1},
                                  {70, 60, infinity, 0, 1},
                                  {112.9f, 60, 7, 0, 1},
                                  {70, 92.9f, 7, 90, 1}});
@@ -226,6 +228,11 @@ TEST(DescriptorFamilies, dropWhatHasNoPlaceInTheImage) {
     EXPECT_TRUE(retrieveDescriptors(image, features, descriptors, settings));
     EXPECT_EQ(features.rows, descriptors.rows);
     EXPECT_LE(features.rows, 3);
+
+    // Angles beyond a full turn, beyond the end of every table of rotations.
+    cv::Mat turned = matrixOf({{70, 60, 7, -800, 1}, {70, 60, 7, 1e6f, 1}, {70, 60, 7, -1e30f, 1}});
+    EXPECT_TRUE(retrieveDescriptors(image, turned, descriptors, settings));
+    EXPECT_EQ(turned.rows, family == 3 ? 0 : 3);
 
     cv::Mat hopeless = matrixOf({{nan, nan, 7, 0, 1}});
     EXPECT_TRUE(retrieveDescriptors(image, hopeless, descriptors, settings));

@@ -55,14 +55,18 @@ void refuseWithoutXfeatures2d(const char* function, const char* family) {
 
 void computeAligned(cv::Feature2D& family, const cv::Mat& image, std::vector<cv::KeyPoint>& keyPoints,
                     cv::Mat& descriptors) {
-  std::erase_if(keyPoints, [](const cv::KeyPoint& k) { return !std::isfinite(k.pt.x) || !std::isfinite(k.pt.y); });
+  std::erase_if(keyPoints, [](const cv::KeyPoint& k) {
+    return !std::isfinite(k.pt.x) || !std::isfinite(k.pt.y) || !std::isfinite(k.angle);
+  });
   descriptors.release();
   if (!keyPoints.empty()) family.compute(image, keyPoints, descriptors);
 }
 
 void describeByFamily(const char* function, int family, const cv::Mat& image, std::vector<cv::KeyPoint>& keyPoints,
                       cv::Mat& descriptors) {
-  const bool latch = family < 1 || family > 4;
+  const bool latch = family < 1 || family > 4, brisk = family == 3;
+  // BRISK takes a rotation from a table, and finds it from one turn below to almost two above.
+  if (brisk) std::erase_if(keyPoints, [](const cv::KeyPoint& k) { return !(k.angle >= -360 && k.angle < 719); });
   if (latch)
     computeLatch(function, image, keyPoints, descriptors, {.bytes = 32, .halfPatch = 3});
   else

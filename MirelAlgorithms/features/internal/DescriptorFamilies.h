@@ -18,8 +18,8 @@ namespace MirelAlgorithms {
 void describeByFamily(const char* function, int family, const cv::Mat& image, std::vector<cv::KeyPoint>& keyPoints,
                       cv::Mat& descriptors);
 
-/// `family.compute` on key points of any origin: those at infinite or NaN positions are dropped first (some families
-/// would look for them in the image), and without any key point the descriptors become empty.
+/// `family.compute` on key points of any origin: those with an infinite or NaN position or angle are dropped first
+/// (some families would look for them in the image), and without any key point the descriptors become empty.
 void computeAligned(cv::Feature2D& family, const cv::Mat& image, std::vector<cv::KeyPoint>& keyPoints,
                     cv::Mat& descriptors);
 
