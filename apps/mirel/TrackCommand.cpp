@@ -7,7 +7,7 @@
 #include "output/Progress.h"
 #include "pictures/MatchPicture.h"
 #include "pictures/TrackPicture.h"
-#include "tracking/TrackResult.h"
+#include "tracking/TrackReport.h"
 
 #include <fmt/format.h>
 
@@ -27,7 +27,7 @@ struct TrackOptions {
   std::vector<std::string> frames;
   std::string mode = "narrow";
   FrameChoice choice;
-  int pictures = 12;
+  int pictures = 8;
   bool circles = false;
 };
 
@@ -98,17 +98,20 @@ class TrackRun {
     result_.pairs.push_back(std::move(pair));
   }
 
-  /// A picture of every so many-th pair, so that a long video gives about as many as are wanted.
-  void addMatchPicture(const FrameFeatures& first, const FrameFeatures& second, const PairResult& pair) {
+  /// Whether a pair is one of about `wanted` that lie evenly over the run.
+  bool isChosen(const PairResult& pair, int wanted) const {
     constexpr int assumedFrames = 300;  // of a video that does not tell
     const int pairs = (frames_.expected() > 0 ? frames_.expected() : assumedFrames) - 1;
-    const int step = options_.pictures > 0 ? std::max(1, (pairs + options_.pictures - 1) / options_.pictures) : 0;
-    if (step == 0 || (pair.from - 1) % step != 0) return;
+    return wanted > 0 && (pair.from - 1) % std::max(1, (pairs + wanted - 1) / wanted) == 0;
+  }
+
+  void addMatchPicture(const FrameFeatures& first, const FrameFeatures& second, const PairResult& pair) {
+    if (!isChosen(pair, options_.pictures)) return;
     const cv::Mat picture = drawMatches(first.frame.grey, second.frame.grey, pair, options_.circles);
     session_.folder().writePicture(fmt::format("matches_{:04}.png", pair.from), picture);
-    constexpr std::size_t mostInReport = 12;
-    if (reportPictures_.size() < mostInReport) {
-      reportPictures_.push_back({fmt::format("Matches from {} to {}; lines coloured by descriptor distance, red rings: "
+    constexpr int mostInReport = 8;
+    if (options_.pictures <= mostInReport || isChosen(pair, mostInReport)) {
+      reportPictures_.push_back({fmt::format("Matches from {} to {}; lines coloured by descriptor distance, rings: "
                                              "not in agreement with the image motion",
                                              pair.nameFrom, pair.nameTo),
                                  reportJpeg(picture)});
@@ -174,7 +177,8 @@ class TrackCommand : public Command {
     Report report = trackReport(result, session.clock());
     report.pictures = std::move(track.reportPictures());
     session.folder().write("motion.json", report.result.dump(2) + "\n");
-    const std::string summary = summaryText(result, session.clock()) + summaryLine("pictures", picturesText(session));
+    const std::string summary =
+        summaryText(result, session.clock()) + summaryLine("pictures", picturesText(session, result.pairs.size() == 1));
     session.finish(std::move(report), frames->inputs(), summary, "matches_");
     if (result.matchedPairs() > 0) return success;
     const PairResult& pair = result.pairs.front();
@@ -183,9 +187,10 @@ class TrackCommand : public Command {
   }
 
  private:
-  std::string picturesText(Session& session) const {
+  std::string picturesText(Session& session, bool onePair) const {
     const std::string tracks = session.folder().shownPath("tracks.png");
-    return options_.pictures == 0 ? tracks : session.folder().shownPath("matches_*.png") + ", " + tracks;
+    if (options_.pictures == 0) return tracks;
+    return session.folder().shownPath(onePair ? "matches_0001.png" : "matches_*.png") + ", " + tracks;
   }
 
   RunOptions common_;

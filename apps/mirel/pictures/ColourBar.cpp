@@ -29,13 +29,14 @@ const cv::Mat3b& palette() {
 ColourScale::ColourScale(const std::vector<double>& values, bool mayBeLogarithmic) {
   if (values.empty()) return;
   const auto [low, high] = std::minmax_element(values.begin(), values.end());
+  empty_ = false;
   low_ = *low;
   high_ = *high;
   logarithmic_ = mayBeLogarithmic && low_ > 0 && high_ > 30 * low_;
 }
 
 double ColourScale::position(double value) const {
-  if (!(high_ > low_)) return 0;
+  if (!(high_ > low_)) return 0.5;
   const double at = logarithmic_ ? std::log(value / low_) / std::log(high_ / low_) : (value - low_) / (high_ - low_);
   return std::isfinite(at) ? std::clamp(at, 0.0, 1.0) : 0;
 }
@@ -50,6 +51,7 @@ cv::Scalar ColourScale::colour(double value) const {
 }
 
 void ColourScale::drawBar(cv::Mat& picture, cv::Rect area, const std::string& title) const {
+  if (empty_) return;
   constexpr double height = 11;
   constexpr int barHeight = 14, gap = 12;
   const std::string label = title + (logarithmic_ ? " (log scale)" : "");
@@ -60,7 +62,9 @@ void ColourScale::drawBar(cv::Mat& picture, cv::Rect area, const std::string& ti
   cv::resize(palette(), colours, bar.size(), 0, 0, cv::INTER_LINEAR);
   colours.copyTo(picture(bar));
   cv::rectangle(picture, bar, ink);
+  const bool single = !(high_ > low_);
   for (const double at : {0.0, 0.5, 1.0}) {
+    if (single && at != 0.5) continue;
     const std::string number = fmt::format("{:.3g}", valueAt(at));
     const int x = bar.x + static_cast<int>(at * (bar.width - 1));
     drawLine(picture, cv::Point2f(x, bar.y + barHeight), cv::Point2f(x, bar.y + barHeight + 4), ink, 1);

@@ -16,13 +16,14 @@ class ColourScale {
 
   cv::Scalar colour(double value) const;
 
-  /// Draws the bar with its title and three numbers into the left part of `area`.
+  /// Draws the bar with its title and three numbers into the left part of `area`; nothing when there were no values.
   void drawBar(cv::Mat& picture, cv::Rect area, const std::string& title) const;
 
  private:
   double position(double value) const;
   double valueAt(double position) const;
 
+  bool empty_ = true;
   double low_ = 0, high_ = 1;
   bool logarithmic_ = false;
 };

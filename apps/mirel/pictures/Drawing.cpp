@@ -8,11 +8,11 @@ namespace mirel {
 
 namespace {
 
-constexpr int font = cv::FONT_HERSHEY_SIMPLEX;
+constexpr int plainFont = cv::FONT_HERSHEY_SIMPLEX, titleFont = cv::FONT_HERSHEY_DUPLEX;
 constexpr double fontHeight = 22;  // capital letters of that font at scale 1, pixels
 constexpr int subPixelBits = 4;
 
-int penWidth(double height) { return height >= 15 ? 2 : 1; }
+int fontFor(double height) { return height >= 15 ? titleFont : plainFont; }
 
 cv::Point fixedPoint(cv::Point2f point) {
   const float limit = 1e6f;  // farther away nothing is seen, and OpenCV's own numbers stay small
@@ -32,7 +32,7 @@ double viewScale(cv::Size image, int width) {
 cv::Mat viewOf(const cv::Mat& grey, double scale, double strength) {
   cv::Mat resized, faded, view;
   const cv::Size size(std::max(1, cvRound(grey.cols * scale)), std::max(1, cvRound(grey.rows * scale)));
-  cv::resize(grey, resized, size, 0, 0, scale > 1 ? cv::INTER_NEAREST : cv::INTER_AREA);
+  cv::resize(grey, resized, size, 0, 0, scale > 4 ? cv::INTER_NEAREST : scale > 1 ? cv::INTER_CUBIC : cv::INTER_AREA);
   resized.convertTo(faded, CV_8U, strength, 255 * (1 - strength));
   cv::cvtColor(faded, view, cv::COLOR_GRAY2BGR);
   return view;
@@ -44,11 +44,11 @@ cv::Point2f viewPoint(cv::Point2f point, double scale) {
 }
 
 int textWidth(const std::string& text, double height) {
-  return cv::getTextSize(text, font, height / fontHeight, penWidth(height), nullptr).width;
+  return cv::getTextSize(text, fontFor(height), height / fontHeight, 1, nullptr).width;
 }
 
 void drawText(cv::Mat& picture, const std::string& text, cv::Point baseline, double height, const cv::Scalar& colour) {
-  cv::putText(picture, text, baseline, font, height / fontHeight, colour, penWidth(height), cv::LINE_AA);
+  cv::putText(picture, text, baseline, fontFor(height), height / fontHeight, colour, 1, cv::LINE_AA);
 }
 
 std::string fitText(const std::string& text, double height, int width) {
@@ -70,11 +70,12 @@ void drawCircle(cv::Mat& picture, cv::Point2f centre, double radius, const cv::S
 }
 
 void drawDot(cv::Mat& picture, cv::Point2f centre, double radius, const cv::Scalar& colour) {
+  drawCircle(picture, centre, radius + 0.8, ink, cv::FILLED);
   drawCircle(picture, centre, radius, colour, cv::FILLED);
 }
 
 Sheet::Sheet(const cv::Mat& view, const std::vector<std::string>& lines) {
-  constexpr int margin = 16, lineStep = 24, footerHeight = 58, leastWidth = 720;
+  constexpr int margin = 16, lineStep = 24, footerHeight = 40, leastWidth = 720;
   constexpr double titleHeight = 15, lineHeight = 11;
   const int header = margin + lineStep * static_cast<int>(lines.size()) + 8;
   const int width = std::max(leastWidth, view.cols + 2 * margin);

@@ -11,6 +11,7 @@ namespace mirel {
 inline const cv::Scalar paper(255, 255, 255);
 inline const cv::Scalar ink(40, 35, 30);
 inline const cv::Scalar faintInk(120, 112, 105);
+inline const cv::Scalar signal(255, 0, 255);
 
 /// Factor that brings an image to a size good to look at: small ones are enlarged (whole factors), large ones reduced,
 /// so that the width becomes at most `width` and the height at most 1.25 times that.
@@ -34,6 +35,8 @@ std::string fitText(const std::string& text, double height, int width);
 /// Line and circle with sub-pixel positions, without stairs.
 void drawLine(cv::Mat& picture, cv::Point2f from, cv::Point2f to, const cv::Scalar& colour, int thickness);
 void drawCircle(cv::Mat& picture, cv::Point2f centre, double radius, const cv::Scalar& colour, int thickness);
+
+/// A filled circle with a dark rim.
 void drawDot(cv::Mat& picture, cv::Point2f centre, double radius, const cv::Scalar& colour);
 
 /// A white sheet around a view: lines of text above it (the first one larger), room for a colour bar below.

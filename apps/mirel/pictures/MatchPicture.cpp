@@ -14,8 +14,10 @@ namespace {
 
 constexpr int gap = 8, frameWidth = 780;
 
-/// The lines are shown through in part where there are many.
-double opacity(std::size_t lines) { return lines <= 60 ? 1 : lines <= 250 ? 0.75 : 0.5; }
+constexpr std::size_t mostLines = 160;  // more of them hide the frames
+
+/// One line for so many matches.
+std::size_t lineStep(const PairResult& pair) { return (pair.matches.size() + mostLines - 1) / mostLines; }
 
 std::vector<double> distances(const PairResult& pair) {
   std::vector<double> values;
@@ -35,10 +37,24 @@ void drawSearchCircles(cv::Mat& frame, const PairResult& pair, double scale) {
   }
 }
 
+void drawLegend(Sheet& sheet, const ColourScale& colours, bool rings) {
+  const std::string text = "not in agreement with the motion";
+  constexpr double height = 11;
+  const cv::Rect footer = sheet.footer();
+  const int width = textWidth(text, height);
+  colours.drawBar(sheet.picture(), {footer.x, footer.y, footer.width - width - 60, footer.height},
+                  "descriptor distance, bits of 1024");
+  if (!rings) return;
+  const cv::Point place(footer.x + footer.width - width, footer.y + 12);
+  drawCircle(sheet.picture(), cv::Point(place.x - 14, place.y - 5), 6, signal, 2);
+  drawText(sheet.picture(), text, place, height, ink);
+}
+
 std::vector<std::string> headings(const PairResult& pair) {
-  return {fmt::format("{}  ->  {}", pair.nameFrom, pair.nameTo),
-          fmt::format("{} matches of {} and {} features, {} inliers, motion {}", pair.matchCount, pair.counts.features1,
-                      pair.counts.features2, pair.inliers, describeMotion(pair.motion))};
+  const std::string lines = lineStep(pair) > 1 ? fmt::format("; one match in {} has a line", lineStep(pair)) : "";
+  return {fmt::format("left: {}   right: {}", pair.nameFrom, pair.nameTo),
+          fmt::format("{} matches of {} and {} features, {} inliers; motion {}{}", pair.matchCount,
+                      pair.counts.features1, pair.counts.features2, pair.inliers, describeMotion(pair.motion), lines)};
 }
 
 }  // namespace
@@ -61,21 +77,22 @@ cv::Mat drawMatches(const cv::Mat& grey1, const cv::Mat& grey2, const PairResult
   const ColourScale colours(distances(pair), false);
   const cv::Point2f shift(static_cast<float>(left.cols + gap), 0);
   cv::Mat lines = view.clone();
-  for (const PairMatch& match : pair.matches) {
+  for (std::size_t i = 0; i < pair.matches.size(); i += lineStep(pair)) {
+    const PairMatch& match = pair.matches[i];
     drawLine(lines, viewPoint(match.from, scale), viewPoint(match.to, scale) + shift,
              colours.colour(match.match.distance), 1);
   }
-  const double weight = opacity(pair.matches.size());
+  const double weight = pair.matches.size() <= 60 ? 1 : 0.7;
   cv::addWeighted(lines, weight, view, 1 - weight, 0, view);
   for (const PairMatch& match : pair.matches) {
     const cv::Scalar colour = colours.colour(match.match.distance);
     drawDot(view, viewPoint(match.from, scale), 2.5, colour);
     drawDot(view, viewPoint(match.to, scale) + shift, 2.5, colour);
-    if (pair.motion.valid && !match.inlier) drawCircle(view, viewPoint(match.to, scale) + shift, 6, {60, 60, 255}, 2);
+    if (pair.motion.valid && !match.inlier) drawCircle(view, viewPoint(match.to, scale) + shift, 6, signal, 2);
   }
 
   Sheet sheet(view, headings(pair));
-  colours.drawBar(sheet.picture(), sheet.footer(), "descriptor distance, bits of 1024");
+  drawLegend(sheet, colours, pair.motion.valid);
   return sheet.picture();
 }
 

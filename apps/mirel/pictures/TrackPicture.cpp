@@ -33,15 +33,17 @@ cv::Mat drawTracks(const Frame& lastFrame, int lastNumber, const Tracks& tracks)
   for (const Track* track : shown) {
     const auto& positions = track->positions;
     const cv::Scalar colour = colours.colour(static_cast<double>(positions.size()));
-    for (std::size_t i = positions.size() - std::min(positions.size(), tailLength) + 1; i < positions.size(); ++i) {
-      drawLine(view, viewPoint(positions[i - 1], scale), viewPoint(positions[i], scale), colour, 2);
+    const std::size_t first = positions.size() - std::min(positions.size(), tailLength);
+    for (const auto& [pen, thickness] : {std::pair{ink, 4}, {colour, 2}}) {
+      for (std::size_t i = first + 1; i < positions.size(); ++i) {
+        drawLine(view, viewPoint(positions[i - 1], scale), viewPoint(positions[i], scale), pen, thickness);
+      }
     }
     drawDot(view, viewPoint(positions.back(), scale), 3.5, colour);
   }
   Sheet sheet(view, {"Tracks on the last frame: " + lastFrame.name,
-                     fmt::format("{} tracks reach it; tails show the way of the last {} frames at most, the dot is the "
-                                 "position in this frame",
-                                 shown.size(), tailLength)});
+                     fmt::format("{} tracks reach it; dots: this frame, tails: up to {} frames before", shown.size(),
+                                 tailLength)});
   colours.drawBar(sheet.picture(), sheet.footer(), "frames in the track");
   return sheet.picture();
 }

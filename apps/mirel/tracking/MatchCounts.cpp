@@ -96,18 +96,17 @@ MatchCounts countMatches(const std::vector<cv::KeyPoint>& keyPoints1, const cv::
   return counts;
 }
 
-std::string explainFewMatches(const MatchCounts& counts, int matches, int wanted) {
+std::string explainFewMatches(const MatchCounts& counts, int matches, int wanted, MirelAlgorithms::FBMFilterMode mode) {
   if (counts.features1 == 0 || counts.features2 == 0) {
     return fmt::format("{} features in the first frame, {} in the second: nothing to compare", counts.features1,
                        counts.features2);
   }
-  const std::string chain = fmt::format(
-      "{} features, {} with candidates in their circle, {} within the distance, {} after the ratio test, {} "
-      "after the backward test",
-      counts.features1, counts.inCircle, counts.withinDistance, counts.ratioTest, counts.backwardTest);
-  const std::string outcome = fmt::format("; {} matches, {} wanted", matches, wanted);
-  const bool narrow = counts.withinDistance < counts.features1 / 2;
-  return chain + outcome + (narrow ? "; --mode wide searches farther" : "");
+  const char* advice = mode == MirelAlgorithms::Narrow ? "; --mode wide searches farther and is less strict" : "";
+  return fmt::format(
+      "{} features, {} with candidates in their circle, {} within the distance, {} after the ratio test, {} after the "
+      "backward test; {} matches, {} wanted{}",
+      counts.features1, counts.inCircle, counts.withinDistance, counts.ratioTest, counts.backwardTest, matches, wanted,
+      advice);
 }
 
 }  // namespace mirel

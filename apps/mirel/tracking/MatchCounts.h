@@ -28,6 +28,6 @@ MatchCounts countMatches(const std::vector<cv::KeyPoint>& keyPoints1, const cv::
                          const std::vector<MirelAlgorithms::FBPrediction>& predictions);
 
 /// Which test left nothing or least, in words with numbers, and what may help.
-std::string explainFewMatches(const MatchCounts& counts, int matches, int wanted);
+std::string explainFewMatches(const MatchCounts& counts, int matches, int wanted, MirelAlgorithms::FBMFilterMode mode);
 
 }  // namespace mirel

@@ -32,7 +32,7 @@ ImageMotion estimateMotion(const std::vector<PairMatch>& matches, cv::Size image
   // The estimate describes the way back, from the second frame to the first.
   motion.rotation = -motion.estimate.rotation * 180 / std::numbers::pi;
   motion.scale = 1 / motion.estimate.scale;
-  motion.inlierLimit = std::max(2.0, 3 * motion.estimate.meanInlierResidual);
+  motion.inlierLimit = std::max(2.0, 0.005 * std::hypot(image.width, image.height));
   return motion;
 }
 
@@ -44,6 +44,8 @@ void rateMatches(PairResult& pair) {
     match.inlier = match.residual <= pair.motion.inlierLimit;
     pair.inliers += match.inlier;
   }
+  constexpr int fewest = 5;  // pairs that fix the eight parameters with one to spare
+  if (pair.inliers < fewest) pair.motion.valid = false;
 }
 
 }  // namespace
@@ -91,7 +93,7 @@ PairResult PairMatcher::match(const FrameFeatures& first, const FrameFeatures& s
   pair.matchCount = static_cast<int>(matches.size());
   pair.motion = clock_.time("motion", [&] { return estimateMotion(pair.matches, first.frame.grey.size()); });
   rateMatches(pair);
-  if (!pair.matched) pair.reason = explainFewMatches(pair.counts, pair.matchCount, pair.wanted);
+  if (!pair.matched) pair.reason = explainFewMatches(pair.counts, pair.matchCount, pair.wanted, mode_);
   last_ = pair;
   return pair;
 }

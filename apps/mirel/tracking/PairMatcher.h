@@ -11,11 +11,11 @@ namespace mirel {
 
 /// Image motion in the words of a user: what happens to the picture from the first frame to the second.
 struct ImageMotion {
-  bool valid = false;
+  bool valid = false;      ///< whether there is an estimate that five matches or more agree with
   double dx = 0, dy = 0;   ///< where the image centre goes, pixels
   double rotation = 0;     ///< degrees, from the x axis to the y axis (clockwise on the screen)
   double scale = 1;        ///< above 1: the picture grows
-  double inlierLimit = 0;  ///< matches that agree with the motion to this many pixels count as inliers
+  double inlierLimit = 0;  ///< pixels to which inliers agree: 0.5 % of the image diagonal, at least 2
   MirelAlgorithms::MotionEstimate estimate;
 };
 
@@ -41,7 +41,7 @@ struct PairResult {
 
 class PairMatcher {
  public:
-  PairMatcher(MirelAlgorithms::FBMFilterMode mode, StageClock& clock) : params_(mode), clock_(clock) {}
+  PairMatcher(MirelAlgorithms::FBMFilterMode mode, StageClock& clock) : mode_(mode), params_(mode), clock_(clock) {}
 
   /// Matches two frames in sequence. Features that were matched before are expected to go on as they went, the others
   /// to follow the last image motion.
@@ -50,6 +50,7 @@ class PairMatcher {
  private:
   std::vector<MirelAlgorithms::FBPrediction> predict(const FrameFeatures& frame) const;
 
+  MirelAlgorithms::FBMFilterMode mode_;
   MirelAlgorithms::FBMValidationParams params_;
   StageClock& clock_;
   PairResult last_;

@@ -1,9 +1,8 @@
-/// The outcome of following a sequence of frames, and the forms it is shown in.
+/// The outcome of following a sequence of frames, as numbers and as text.
 #pragma once
 
-#include "output/Report.h"
+#include "output/RunRecord.h"
 #include "tracking/PairMatcher.h"
-#include "tracking/Tracks.h"
 
 #include <nlohmann/json.hpp>
 #include <string>
@@ -22,9 +21,10 @@ struct TrackResult {
   cv::Size frameSize;
   std::vector<TrackedFrame> frames;
   std::vector<PairResult> pairs;
-  int longestTrack = 0;
+  int longestTrack = 0;  ///< frames
 
   int matchedPairs() const;
+  std::vector<double> featureCounts() const;
 };
 
 /// Every number of the result ("schema" 1).
@@ -32,8 +32,5 @@ nlohmann::json resultJson(const TrackResult& result);
 
 /// Aligned lines for the console.
 std::string summaryText(const TrackResult& result, const StageClock& clock);
-
-/// Answer, verdict, charts and tables of the report.
-Report trackReport(const TrackResult& result, const StageClock& clock);
 
 }  // namespace mirel

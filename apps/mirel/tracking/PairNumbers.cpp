@@ -1,0 +1,63 @@
+#include "tracking/PairNumbers.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace mirel {
+
+const std::vector<PairNumber>& testNumbers() {
+  static const std::vector<PairNumber> list = {
+      {"in circle", "{:.0f}", [](const PairResult& p) { return p.counts.inCircle; }},
+      {"in distance", "{:.0f}", [](const PairResult& p) { return p.counts.withinDistance; }},
+      {"ratio test", "{:.0f}", [](const PairResult& p) { return p.counts.ratioTest; }},
+      {"backward test", "{:.0f}", [](const PairResult& p) { return p.counts.backwardTest; }},
+      {"matches", "{:.0f}", [](const PairResult& p) { return p.matchCount; }},
+      {"inliers", "{:.0f}", [](const PairResult& p) { return p.inliers; }},
+  };
+  return list;
+}
+
+const std::vector<PairNumber>& motionNumbers() {
+  static const std::vector<PairNumber> list = {
+      {"shift, px", "{:.2f}", [](const PairResult& p) { return std::hypot(p.motion.dx, p.motion.dy); }},
+      {"rotation, deg", "{:.3f}", [](const PairResult& p) { return p.motion.rotation; }},
+      {"scale", "{:.4f}", [](const PairResult& p) { return p.motion.scale; }},
+  };
+  return list;
+}
+
+std::vector<double> numbersOf(const std::vector<PairResult>& pairs, const PairNumber& number) {
+  std::vector<double> values;
+  for (const PairResult& pair : pairs) values.push_back(number.of(pair));
+  return values;
+}
+
+std::vector<PairResult> movingPairs(const std::vector<PairResult>& pairs) {
+  std::vector<PairResult> moving;
+  std::copy_if(pairs.begin(), pairs.end(), std::back_inserter(moving), [](const auto& p) { return p.motion.valid; });
+  return moving;
+}
+
+double inlierShare(const PairResult& pair) {
+  return pair.matchCount == 0 ? 0 : static_cast<double>(pair.inliers) / pair.matchCount;
+}
+
+double median(std::vector<double> values) {
+  if (values.empty()) return 0;
+  std::sort(values.begin(), values.end());
+  return values[values.size() / 2];
+}
+
+Spread::Spread(std::vector<double> values, const char* format) {
+  if (values.empty()) return;
+  const auto text = [&](double value) { return fmt::format(fmt::runtime(format), value); };
+  const auto [low, high] = std::minmax_element(values.begin(), values.end());
+  if (*low != *high) range = text(*low) + " to " + text(*high);
+  median = text(mirel::median(std::move(values)));
+}
+
+std::string Spread::text() const { return range.empty() ? median : median + " (" + range + ")"; }
+
+}  // namespace mirel

@@ -1,0 +1,47 @@
+/// Numbers of frame pairs, and what is typical of them over a sequence.
+#pragma once
+
+#include "tracking/PairMatcher.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace mirel {
+
+/// One number of a pair under a label of its own.
+struct PairNumber {
+  const char* label;
+  const char* format;  ///< of the number, for fmt
+  std::function<double(const PairResult&)> of;
+};
+
+/// Features that are left after each test of matching, in order: the first one in the circle, the last one inliers.
+const std::vector<PairNumber>& testNumbers();
+
+/// Image shift, rotation and scale; of pairs whose motion is valid.
+const std::vector<PairNumber>& motionNumbers();
+
+std::vector<double> numbersOf(const std::vector<PairResult>& pairs, const PairNumber& number);
+
+/// The pairs whose image motion is known.
+std::vector<PairResult> movingPairs(const std::vector<PairResult>& pairs);
+
+/// Share of the matches that agree with the image motion, 0 without matches.
+double inlierShare(const PairResult& pair);
+
+/// The middle value, the upper one of an even number; 0 of none.
+double median(std::vector<double> values);
+
+/// Median and range as texts.
+struct Spread {
+  std::string median = "-";
+  std::string range;  ///< "3 to 40"; empty when all values are equal
+
+  Spread(std::vector<double> values, const char* format);
+
+  /// "12 (3 to 40)".
+  std::string text() const;
+};
+
+}  // namespace mirel
