@@ -50,10 +50,11 @@ inline Distances scaled(Distances d, unsigned shift) {
   return {_mm_sll_epi16(d.lower, places), _mm_sll_epi16(d.upper, places)};
 }
 
-inline unsigned equalLanes(Distances d, std::uint16_t value) {
+inline std::uint32_t equalLanes(Distances d, std::uint16_t value) {
   const __m128i wanted = _mm_set1_epi16(static_cast<short>(value));
-  return static_cast<unsigned>(
-      _mm_movemask_epi8(_mm_packs_epi16(_mm_cmpeq_epi16(d.lower, wanted), _mm_cmpeq_epi16(d.upper, wanted))));
+  const int low = _mm_movemask_epi8(_mm_cmpeq_epi16(d.lower, wanted));
+  const int high = _mm_movemask_epi8(_mm_cmpeq_epi16(d.upper, wanted));
+  return static_cast<std::uint32_t>(low) | static_cast<std::uint32_t>(high) << 16;
 }
 
 struct Circle {
@@ -97,20 +98,14 @@ inline unsigned reaching(const Circle& circle, const BoxLanes& boxes) {
 
 template <int length>
 inline Distances differingBits(const QueryWords<length>& query, const Lanes<std::uint64_t>* block) {
-  std::uint64_t four[4];  // four 16-bit sums each
-  for (std::size_t quarter = 0; quarter < 4; ++quarter) {
-    four[quarter] = 0;
-    for (std::size_t k = 0; k < 4; ++k) {
-      std::uint64_t bits = 0;
-      for (std::size_t w = 0; w < query.size(); ++w)
-        bits += static_cast<std::uint64_t>(std::popcount(block[w].lane[wordPlace(4 * quarter + k)] ^ query[w]));
-      four[quarter] |= (bits & 0xffff) << 16 * k;
-    }
+  Lanes<std::uint16_t> sums;
+  for (std::size_t feature = 0; feature < blockSize; ++feature) {
+    std::uint64_t bits = 0;
+    for (std::size_t w = 0; w < query.size(); ++w)
+      bits += static_cast<std::uint64_t>(std::popcount(block[w].lane[wordPlace(feature)] ^ query[w]));
+    sums.lane[feature] = static_cast<std::uint16_t>(bits);
   }
-  const auto two = [](std::uint64_t a, std::uint64_t b) {
-    return _mm_set_epi64x(static_cast<long long>(b), static_cast<long long>(a));
-  };
-  return {two(four[0], four[1]), two(four[2], four[3])};
+  return load(sums);
 }
 
 #include <MirelAlgorithms/matching/internal/CircleSearchLoop.inl>

@@ -4,13 +4,20 @@
 //     Distances                               sixteen 16-bit numbers
 //     everyLane, load, store                  a value in every lane; from and to memory
 //     lesser, larger, either                  minimum, maximum, bitwise or, lane by lane
-//     equalLanes(d, value)                    bit k: lane k has the value
+//     equalLanes(d, value)                    bits 2k and 2k + 1: lane k has the value
 //     upperHalf, lowerHalf                    eight lanes each
 //     Circle, broadcast(prediction)
 //     outside(circle, x, y)                   all bits of the lanes of points that lie outside
 //     reaching(circle, boxes)                 bit k: box k may reach into the circle
 //     differingBits(query, block)             Hamming distances to the features of a block
 //     scaled(d, shift)                        d << shift, low 16 bits
+
+// Numbers of all blocks; returns how many.
+inline std::size_t listAll(const CircleSearchJob& job) {
+  const std::size_t count = job.features.blocks();
+  std::iota(job.list, job.list + count, std::uint32_t{0});
+  return count;
+}
 
 // Numbers of the blocks that may reach into the circle, ascending; returns how many.
 MIREL_SEARCH inline std::size_t listBlocks(const CircleSearchJob& job) {
@@ -46,8 +53,9 @@ MIREL_SEARCH inline BestTwo smallestTwo(Distances least, Distances second) {
 // Where the best distance is; on ties the key point of lowest number.
 MIREL_SEARCH inline void findBest(const CircleSearchJob& job, std::size_t count, BestTwo& result) {
   for (std::size_t n = 0; n < count; ++n) {
-    for (unsigned bits = equalLanes(load(job.distances[n]), result.best); bits != 0; bits &= bits - 1) {
-      const int lane = std::countr_zero(bits);
+    for (std::uint32_t bits = equalLanes(load(job.distances[n]), result.best); bits != 0;) {
+      const int lane = std::countr_zero(bits) / 2;
+      bits &= ~(3u << 2 * lane);
       const std::int32_t index = job.features.index[job.list[n]].lane[lane];
       if (result.index >= 0 && result.index < index) continue;
       result.index = index;
@@ -56,38 +64,51 @@ MIREL_SEARCH inline void findBest(const CircleSearchJob& job, std::size_t count,
   }
 }
 
-// Places to spare in the last block.
+// All bits in the places to spare of the last block.
 inline Lanes<std::uint16_t> placesToSpare(const FeatureBlocks& features) {
   Lanes<std::uint16_t> spare{};
   std::fill(spare.lane + (features.size - 1) % blockSize + 1, spare.lane + blockSize, notMeasured);
   return spare;
 }
 
+// One distance for each feature of a block goes into the minima.
+MIREL_SEARCH inline void lower(Lanes<std::uint16_t>& least, Lanes<std::uint16_t>& second, Distances d) {
+  const Distances before = load(least);
+  store(second, lesser(load(second), larger(before, d)));
+  store(least, lesser(before, d));
+}
+
 template <int length>
 MIREL_SEARCH BestTwo circleSearch(const CircleSearchJob& job) {
   const FeatureBlocks& features = job.features;
-  const bool everywhere = features.allInside(job.circle);
-  const std::size_t count = everywhere ? features.blocks() : listBlocks(job);
-  if (everywhere) std::iota(job.list, job.list + count, 0u);
+  const bool everywhere = features.allInside(job.circle), again = job.measured != nullptr;
+  const std::size_t count = everywhere ? listAll(job) : listBlocks(job);
 
+  // In registers: the compiler has to assume that the stores below change anything in memory.
   const QueryWords<length> query(job.descriptor, features.words);
-  const Circle circle = broadcast(job.circle), measured = broadcast(job.measured ? *job.measured : job.circle);
+  const Circle circle = broadcast(job.circle), measured = broadcast(again ? *job.measured : job.circle);
   const Distances spare = load(placesToSpare(features));
+  const std::size_t last = features.blocks() - 1;
+  const unsigned shift = features.shift;
+  const Lanes<std::uint64_t>* const descriptors = features.descriptors.data();
+  const Lanes<float>* const x = features.x.data();
+  const Lanes<float>* const y = features.y.data();
+  const std::uint32_t* const list = job.list;
+  Lanes<std::uint16_t>* const distances = job.distances;
+  Lanes<std::uint16_t>* const columnLeast = job.columns ? job.columns->least.data() : nullptr;
+  Lanes<std::uint16_t>* const columnSecond = job.columns ? job.columns->second.data() : nullptr;
+
   Distances least = everyLane(notMeasured), second = least;
   for (std::size_t n = 0; n < count; ++n) {
-    const std::size_t block = job.list[n];
-    Distances d = scaled(differingBits(query, &features.descriptors[block * query.size()]), features.shift);
-    if (!everywhere) d = either(d, outside(circle, features.x[block], features.y[block]));
-    if (job.measured) d = either(d, outside(measured, features.x[block], features.y[block]));
-    if (block + 1 == features.blocks()) d = either(d, spare);
-    if (job.columns) {
-      const Distances columnLeast = load(job.columns->least[block]);
-      store(job.columns->second[block], lesser(load(job.columns->second[block]), larger(columnLeast, d)));
-      store(job.columns->least[block], lesser(columnLeast, d));
-    }
+    const std::size_t block = list[n];
+    Distances d = scaled(differingBits(query, &descriptors[block * query.size()]), shift);
+    if (!everywhere) d = either(d, outside(circle, x[block], y[block]));
+    if (again) d = either(d, outside(measured, x[block], y[block]));
+    if (block == last) d = either(d, spare);
+    if (columnLeast) lower(columnLeast[block], columnSecond[block], d);
     second = lesser(second, larger(least, d));
     least = lesser(least, d);
-    store(job.distances[n], d);
+    store(distances[n], d);
   }
 
   BestTwo result = smallestTwo(least, second);

@@ -33,10 +33,9 @@ MIREL_TARGET_AVX2 inline Distances scaled(Distances d, unsigned shift) {
   return _mm256_sll_epi16(d, _mm_cvtsi32_si128(static_cast<int>(shift)));
 }
 
-/// Bit k: lane k has the value.
-MIREL_TARGET_AVX2 inline unsigned equalLanes(Distances d, std::uint16_t value) {
-  const __m256i equal = _mm256_cmpeq_epi16(d, everyLane(value));
-  return static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(lowerHalf(equal), upperHalf(equal))));
+/// Bits 2k and 2k + 1: lane k has the value.
+MIREL_TARGET_AVX2 inline std::uint32_t equalLanes(Distances d, std::uint16_t value) {
+  return static_cast<std::uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi16(d, everyLane(value))));
 }
 
 }  // namespace MirelAlgorithms
