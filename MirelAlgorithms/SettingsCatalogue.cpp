@@ -1,5 +1,6 @@
 #include <MirelAlgorithms/SettingsCatalogue.h>
 #include <MirelAlgorithms/features/internal/CellBalancedDetection.h>
+#include <MirelAlgorithms/features/internal/CornerSettings.h>
 #include <MirelAlgorithms/features/internal/DescriptorSettings.h>
 #include <MirelAlgorithms/features/internal/ExtractionSettings.h>
 #include <MirelAlgorithms/frame/internal/Settings.h>
@@ -12,6 +13,9 @@ std::vector<SettingInfo> settingsCatalogue() {
   listSettings<DetectorChoice>(list, "retrieveFeatures");
   listSettings<DetectionSettings>(list, "retrieveFeatures, detection in cells");
   listSettings<LatchSettings>(list, "retrieveFeatures, key points");
+  listSettings<ResponseSettings>(list, "retrieveFeaturesFPGA");
+  listSettings<StageSettings>(list, "retrieveFeaturesFPGA");
+  listSettings<SearchSettings>(list, "retrieveFeaturesFPGA");
   listSettings<DescriptorSettings>(list, "retrieveDescriptors");
   return list;
 }

@@ -1,0 +1,74 @@
+#include <MirelAlgorithms/features/internal/CellSelection.h>
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace MirelAlgorithms {
+namespace {
+
+using KeyPoints = std::vector<cv::KeyPoint>;
+constexpr int huge = (std::numeric_limits<int>::max)();
+
+cv::KeyPoint at(float x, float y, float response) { return {x, y, 15.0f, 0.0f, response}; }
+
+std::vector<float> responses(const KeyPoints& keyPoints) {
+  std::vector<float> list;
+  for (const cv::KeyPoint& k : keyPoints) list.push_back(k.response);
+  return list;
+}
+
+TEST(SelectPerCell, fillsEveryCellUpToItsQuota) {
+  // Two cells a side of a 100 x 100 image, three in the first cell, one in the last.
+  const KeyPoints sorted = {at(10, 10, 0.9f), at(20, 10, 0.8f), at(49, 49, 0.7f), at(60, 60, 0.6f)};
+  const CellGrid grid{2, 100, 100};
+  EXPECT_EQ(responses(selectPerCell(sorted, grid, 8, 0.0)), (std::vector<float>{0.9f, 0.8f, 0.6f}));
+  EXPECT_EQ(selectPerCell(sorted, grid, 7, 0.0).size(), 2u);  // 7 / 2 / 2 = 1
+  EXPECT_EQ(selectPerCell(sorted, grid, 12, 0.0).size(), 4u);
+  for (const int budget : {3, 0, -8, -huge}) EXPECT_TRUE(selectPerCell(sorted, grid, budget, 0.0).empty()) << budget;
+}
+
+TEST(SelectPerCell, belowTheThresholdUpToAThirdOfTheQuotaIsExceeded) {
+  KeyPoints sorted;
+  for (int i = 0; i < 20; ++i) sorted.push_back(at(5, 5, 1.0f - 0.01f * i));
+  const CellGrid grid{1, 100, 100};
+  EXPECT_EQ(selectPerCell(sorted, grid, 7, 2.0).size(), 3u);    // counts 0, 1, 2 are at most 7 / 3
+  EXPECT_EQ(selectPerCell(sorted, grid, 9, 2.0).size(), 4u);    //
+  EXPECT_EQ(selectPerCell(sorted, grid, 9, 0.945).size(), 6u);  // 1.00 to 0.95 reach it
+  EXPECT_EQ(selectPerCell(sorted, grid, 9, 0.0).size(), 9u);    //
+  for (cv::KeyPoint& k : sorted) k.response -= 2.0f;
+  EXPECT_EQ(selectPerCell(sorted, grid, 9, 0.0).size(), 4u);  // negative responses do not reach 0
+}
+
+TEST(SelectPerCell, cellsAreTakenInSinglePrecision) {
+  const CellGrid grid{3, 90, 90};
+  for (const float edge : {std::nextafter(30.0f, 0.0f), 30.0f}) {
+    const KeyPoints sorted = {at(10, 10, 0.9f), at(10, edge, 0.8f)};
+    const bool sameCell = static_cast<int>(3.0f * edge / 90.0f) == 0;
+    EXPECT_EQ(selectPerCell(sorted, grid, 9, 0.0).size(), sameCell ? 1u : 2u);
+  }
+  // Below the last row of cells there is no cell; right of the last column begins the next row of cells.
+  EXPECT_TRUE(selectPerCell({at(10, 95, 1.0f)}, grid, 9, 0.0).empty());
+  EXPECT_EQ(selectPerCell({at(95, 10, 1.0f), at(10, 40, 0.5f)}, grid, 9, 0.0).size(), 1u);
+}
+
+TEST(SelectPerCell, hugeGridsAndBudgets) {
+  const KeyPoints sorted = {at(10, 10, 0.9f), at(10.2f, 10, 0.8f)};
+  EXPECT_TRUE(selectPerCell(sorted, {huge, 100, 100}, huge, 0.0).empty());
+  EXPECT_EQ(selectPerCell(sorted, {46340, 100, 100}, huge, 0.0).size(), 2u);
+  EXPECT_EQ(selectPerCell(sorted, {1, 100, 100}, huge, 0.0).size(), 2u);
+  EXPECT_NEAR(automaticThreshold(sorted, {1, 100, 100}, 8ll * huge), 0.9, 1e-6);
+}
+
+TEST(AutomaticThreshold, isTheMeanOfTheStrongHalf) {
+  // One cell, budget 4: the mean of 8, 6, 4, 2 is 5; of those two that reach it are taken: 7.
+  const KeyPoints sorted = {at(5, 5, 8), at(5, 6, 6), at(5, 7, 4), at(5, 8, 2), at(5, 9, 1)};
+  EXPECT_EQ(automaticThreshold(sorted, {1, 100, 100}, 4), 7.0);
+  EXPECT_EQ(automaticThreshold(sorted, {1, 100, 100}, 2), 8.0);
+  // Quotas: of two cells a side each takes one of 4, and none of half as many.
+  EXPECT_EQ(automaticThreshold(sorted, {2, 100, 100}, 4), 0.0);
+  for (const int budget : {0, -4}) EXPECT_EQ(automaticThreshold(sorted, {1, 100, 100}, budget), 0.0);
+  EXPECT_EQ(automaticThreshold({}, {1, 100, 100}, 4), 0.0);
+}
+
+}  // namespace
+}  // namespace MirelAlgorithms

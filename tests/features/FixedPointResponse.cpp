@@ -1,0 +1,120 @@
+#include <MirelAlgorithms/features/internal/FixedPointResponse.h>
+#include <MirelAlgorithms/frame/internal/CpuVariant.h>
+#include <gtest/gtest.h>
+
+#include "CornerScenes.h"
+#include "LiteralCorners.h"
+
+namespace MirelAlgorithms {
+namespace {
+
+FixedPointStages stagesOf(const literal::Settings& s) {
+  ResponseSettings response = readSettings<ResponseSettings>(nullptr);
+  response.blockSize = s.block;
+  response.sobelSize = s.aperture;
+  StageSettings width = readSettings<StageSettings>(nullptr);
+  width.lumaShift = s.lumaShift;
+  width.sobelWidth = s.sobelWidth;
+  width.productWidth = s.productWidth;
+  width.blockWidth = s.blockWidth;
+  width.eigenWidthIn = s.eigenIn;
+  width.eigenWidthOut = s.eigenOut;
+  return fixedPointStages(response, width);
+}
+
+void expectEqual(const literal::Response& expected, const cv::Mat& map, double largest) {
+  EXPECT_EQ(expected.largest, largest);
+  cv::Mat doubles;
+  map.convertTo(doubles, CV_64F);
+  ASSERT_EQ(expected.map.size(), doubles.size());
+  EXPECT_EQ(cv::norm(expected.map, doubles, cv::NORM_INF), 0.0);
+}
+
+// Every form and instruction set gives the values of the definition; tells whether the fused form took part.
+bool expectDefinition(const cv::Mat& image, const literal::Settings& settings) {
+  SCOPED_TRACE(testing::Message() << image.size() << ' ' << settings);
+  const literal::Response expected = literal::fixedPointResponse(image, settings);
+  const FixedPointStages stages = stagesOf(settings);
+  cv::Mat map;
+  double largest = wholeImageResponse(image, stages, map);
+  expectEqual(expected, map, largest);
+  if (!canFuse(image, stages)) return false;
+  for (const CpuVariant variant : {CpuVariant::baseline, CpuVariant::avx2}) {
+    limitCpuVariant(variant);
+    largest = fusedResponse(image, stages, map);
+    expectEqual(expected, map, largest);
+  }
+  limitCpuVariant(CpuVariant::avx512);
+  return true;
+}
+
+TEST(FixedPointResponse, defaultWidthsOnAllSizes) {
+  for (const cv::Size& size : {cv::Size(5, 5), cv::Size(6, 9), cv::Size(17, 17), cv::Size(40, 130), cv::Size(131, 70)})
+    for (const int aperture : {3, 5}) {
+      literal::Settings settings;
+      settings.aperture = aperture;
+      EXPECT_TRUE(expectDefinition(cornerScene(size.height, size.width, 3), settings));
+      EXPECT_TRUE(expectDefinition(harshNoise(size.height, size.width, 4), settings));
+    }
+}
+
+TEST(FixedPointResponse, randomWidths) {
+  cv::RNG random(11);
+  int fused = 0;
+  for (int i = 0; i < 300; ++i) {
+    literal::Settings s;
+    s.block = random.uniform(1, 9);
+    s.aperture = random.uniform(0, 2) == 0 ? 3 : 5;
+    s.lumaShift = random.uniform(-7, 14);
+    s.sobelWidth = random.uniform(1, 20);
+    s.productWidth = random.uniform(1, 30);
+    s.blockWidth = random.uniform(1, 31);
+    s.eigenIn = random.uniform(2, 32);
+    s.eigenOut = random.uniform(1, 33);
+    const cv::Size size(random.uniform(1, 40), random.uniform(1, 40));
+    fused += expectDefinition(
+        i % 2 == 0 ? harshNoise(size.height, size.width, i) : cornerScene(size.height, size.width, i), s);
+  }
+  EXPECT_GT(fused, 5);
+}
+
+// The widths that the fused form is made for, up to its limits.
+TEST(FixedPointResponse, randomWidthsOfTheFusedForm) {
+  cv::RNG random(12);
+  int fused = 0;
+  for (int i = 0; i < 300; ++i) {
+    literal::Settings s;
+    s.block = random.uniform(1, 4) * 2 + 1;
+    s.aperture = random.uniform(0, 2) == 0 ? 3 : 5;
+    s.lumaShift = random.uniform(0, 9);
+    s.sobelWidth = random.uniform(8, 17);
+    s.productWidth = random.uniform(8, 26);
+    s.eigenIn = random.uniform(6, 16);
+    s.blockWidth = s.eigenIn + random.uniform(-3, 5);
+    s.eigenOut = random.uniform(4, 25);
+    const cv::Mat image = harshNoise(random.uniform(7, 90), random.uniform(7, 60), i);
+    fused += expectDefinition(i % 3 == 0 ? image : cornerScene(image.rows, image.cols, i), s);
+  }
+  EXPECT_GT(fused, 200);
+}
+
+TEST(FixedPointResponse, bothFormsAreTaken) {
+  const cv::Mat image = cornerScene(60, 50, 1);
+  for (const int eigenOut : {12, 31}) {  // fused, and as whole images
+    literal::Settings settings;
+    settings.eigenOut = eigenOut;
+    cv::Mat map;
+    const double largest = cornerMinEigenValFpga(image, stagesOf(settings), map);
+    expectEqual(literal::fixedPointResponse(image, settings), map, largest);
+  }
+}
+
+TEST(ScaleAndFloor, roundsDown) {
+  cv::Mat matrix = (cv::Mat_<double>(2, 2) << 5.0, -5.0, 4.0, -4.5);
+  scaleAndFloor(matrix, 0.5);
+  const double expected[] = {2.0, -3.0, 2.0, -3.0};
+  for (int i = 0; i < 4; ++i) EXPECT_EQ(matrix.at<double>(i / 2, i % 2), expected[i]);
+}
+
+}  // namespace
+}  // namespace MirelAlgorithms
