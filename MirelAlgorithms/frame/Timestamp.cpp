@@ -4,6 +4,7 @@
 #if defined(_WIN32)
 #include <windows.h>
 #else
+#include <chrono>
 #include <ctime>
 #endif
 
@@ -32,7 +33,10 @@ bool readCounter(Counter& counter) {
   return true;
 }
 
-std::uint64_t readTickCount() { return static_cast<std::uint64_t>(std::clock()) * 1000 / CLOCKS_PER_SEC; }
+std::uint64_t readTickCount() {
+  const auto sinceOrigin = std::chrono::steady_clock::now().time_since_epoch();
+  return static_cast<std::uint64_t>(std::chrono::duration_cast<std::chrono::milliseconds>(sinceOrigin).count());
+}
 
 #endif
 
