@@ -10,7 +10,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <opencv2/core.hpp>
 
 namespace mirel {
 
@@ -26,18 +25,6 @@ std::string examplesText(const std::vector<std::string>& examples) {
   std::string text = "Examples:\n";
   for (const std::string& example : examples) text += "  " + example + "\n";
   return text;
-}
-
-std::string firstLine(const std::string& text) {
-  std::string line = text.substr(0, text.find('\n'));
-  std::replace_if(
-      line.begin(), line.end(), [](unsigned char c) { return c < 32; }, ' ');
-  return line;
-}
-
-/// OpenCV's own texts name source files; what went wrong and where it was seen is enough.
-std::string openCVText(const cv::Exception& error) {
-  return firstLine(fmt::format("OpenCV: {} (in {})", firstLine(error.err), error.func));
 }
 
 /// The commands and what is declared for them.
@@ -62,7 +49,7 @@ class CommandLine {
       std::reverse(arguments.begin(), arguments.end());  // as the parser takes them
       app_.parse(arguments);
       for (const Entry& entry : commands_) {
-        if (entry.app->parsed()) return entry.command->run(*entry.app);
+        if (entry.app->parsed()) return checkOutput(entry.command->run(*entry.app));
       }
       fmt::print("{}", app_.help());
       return success;
@@ -70,19 +57,11 @@ class CommandLine {
       return app_.exit(request);  // prints help or version
     } catch (const CLI::ExtrasError&) {
       return fail(unknownWord());
-    } catch (const CLI::ParseError& error) {
-      return fail(error.what());
     } catch (const Interrupted& error) {
-      fail(error.what());
+      fail(oneLine(error));
       return interrupted;
-    } catch (const UsageError& error) {
-      return fail(error.what());
-    } catch (const cv::Exception& error) {
-      return fail(openCVText(error));
-    } catch (const std::bad_alloc&) {
-      return fail("out of memory; smaller or fewer images may do");
     } catch (const std::exception& error) {
-      return fail(error.what());
+      return fail(oneLine(error));
     }
   }
 
@@ -125,9 +104,14 @@ class CommandLine {
     return "unknown option " + word + didYouMean(word.substr(0, word.find('=')), names);
   }
 
+  /// Standard output may lead to a full disk.
+  int checkOutput(int status) const {
+    return std::fflush(stdout) == 0 ? status : fail("standard output: cannot be written");
+  }
+
   int fail(const std::string& text) const {
     const CLI::App* sub = parsedCommand();
-    fmt::print(stderr, "mirel{}: {}\n", sub != nullptr ? " " + sub->get_name() : "", firstLine(text));
+    fmt::print(stderr, "mirel{}: {}\n", sub != nullptr ? " " + sub->get_name() : "", text);
     return unusable;
   }
 

@@ -1,7 +1,9 @@
 /// How a run can end other than by success.
 #pragma once
 
+#include <exception>
 #include <stdexcept>
+#include <string>
 
 namespace mirel {
 
@@ -23,5 +25,8 @@ class Interrupted : public std::runtime_error {
  public:
   Interrupted() : std::runtime_error("interrupted, nothing written") {}
 };
+
+/// What went wrong, in one line; without the source places that OpenCV puts around its messages.
+std::string oneLine(const std::exception& error);
 
 }  // namespace mirel

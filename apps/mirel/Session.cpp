@@ -1,6 +1,8 @@
 #include "Session.h"
 
 #include "options/Replay.h"
+#include "output/Interrupt.h"
+#include "output/JsonText.h"
 
 #include <fmt/format.h>
 
@@ -47,12 +49,13 @@ void Session::finish(Report report, const std::vector<InputFile>& inputs, const 
   const RunRecord record{app_.get_name(), recordedOptions(app_), inForce_, inputs};
   if (!replayed_.is_null()) warnAboutChangedInputs(replayed_, inputs);
   report.run = record.json(clock_);
-  folder().write("run.json", report.run.dump(2) + "\n");
+  checkInterrupt();
+  folder().write("run.json", jsonText(report.run));
   folder().write("report.html", report.html());
   for (const auto& file : files_) file->commit();
   folder().commit(numberedPrefix);
   if (options_.json) {
-    fmt::print("{}\n", report.result.dump(2));
+    fmt::print("{}", jsonText(report.result));
   } else if (!options_.quiet) {
     fmt::print("{}{}", summary, summaryLine("report", folder().shownPath("report.html")));
   }

@@ -3,6 +3,7 @@
 #include "Errors.h"
 #include "options/NearestName.h"
 #include "options/SettingsOption.h"
+#include "output/JsonText.h"
 
 #include <fmt/format.h>
 
@@ -46,7 +47,7 @@ void printJson(const std::vector<SettingInfo>& settings) {
                     {"meaning", info.meaning},
                     {"read_by", info.readBy}});
   }
-  fmt::print("{}\n", nlohmann::json{{"schema", 1}, {"command", "settings"}, {"settings", list}}.dump(2));
+  fmt::print("{}", jsonText({{"schema", 1}, {"command", "settings"}, {"settings", list}}));
 }
 
 void printTable(const std::vector<SettingInfo>& settings) {

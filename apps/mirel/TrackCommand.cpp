@@ -2,8 +2,10 @@
 #include "Command.h"
 #include "Errors.h"
 #include "Session.h"
+#include "options/Checks.h"
 #include "output/Csv.h"
 #include "output/Interrupt.h"
+#include "output/JsonText.h"
 #include "output/Progress.h"
 #include "pictures/MatchPicture.h"
 #include "pictures/TrackPicture.h"
@@ -22,6 +24,12 @@ using MirelAlgorithms::FBMFilterMode;
 
 const std::map<std::string, FBMFilterMode> modes = {
     {"narrow", MirelAlgorithms::Narrow}, {"wide", MirelAlgorithms::Wide}, {"exhaustive", MirelAlgorithms::Exhaustive}};
+
+std::vector<std::string> modeNames() {
+  std::vector<std::string> names;
+  for (const auto& [name, mode] : modes) names.push_back(name);
+  return names;
+}
 
 struct TrackOptions {
   std::vector<std::string> frames;
@@ -125,9 +133,8 @@ class TrackRun {
   }
 
   std::string tooFew() const {
-    const std::string what = result_.frames.empty() ? options_.frames[0] : result_.frames[0].name;
-    return fmt::format("{}: {} given, two frames or more expected", what,
-                       result_.frames.empty() ? "no frame that can be read" : "one frame only");
+    if (result_.frames.empty()) return options_.frames[0] + ": no frame can be read from it, two or more expected";
+    return result_.frames[0].name + ": one frame given, two or more expected";
   }
 
   const TrackOptions& options_;
@@ -148,18 +155,16 @@ class TrackCommand : public Command {
         ->type_name("FRAME...");
     app.add_option("--mode", options_.mode,
                    "narrow: within 120 px, strict; wide: within 400 px, less strict; exhaustive: every pair")
-        ->check(CLI::IsMember(modes))
+        ->check(oneOf(modeNames()))
         ->type_name("MODE")
         ->capture_default_str();
     app.add_option("--every", options_.choice.every, "take every N-th frame")
-        ->check(CLI::PositiveNumber)
+        ->check(atLeast(1))
         ->type_name("N")
         ->capture_default_str();
-    app.add_option("--max-frames", options_.choice.maxFrames, "stop after N frames")
-        ->check(CLI::PositiveNumber)
-        ->type_name("N");
+    app.add_option("--max-frames", options_.choice.maxFrames, "stop after N frames")->check(atLeast(1))->type_name("N");
     app.add_option("--pictures", options_.pictures, "about so many pictures of matches, spread over the run; 0: none")
-        ->check(CLI::NonNegativeNumber)
+        ->check(atLeast(0))
         ->type_name("N")
         ->capture_default_str();
     app.add_flag("--circles", options_.circles, "show the search circles of some matches in the pictures");
@@ -176,7 +181,7 @@ class TrackCommand : public Command {
     const TrackResult& result = track.result();
     Report report = trackReport(result, session.clock());
     report.pictures = std::move(track.reportPictures());
-    session.folder().write("motion.json", report.result.dump(2) + "\n");
+    session.folder().write("motion.json", jsonText(report.result));
     const std::string summary =
         summaryText(result, session.clock()) + summaryLine("pictures", picturesText(session, result.pairs.size() == 1));
     session.finish(std::move(report), frames->inputs(), summary, "matches_");

@@ -1,5 +1,6 @@
 #include "options/RunOptions.h"
 
+#include "options/Checks.h"
 #include "options/SettingsOption.h"
 
 #include <MirelCore/Log.h>
@@ -26,11 +27,11 @@ void RunOptions::add(CLI::App& app) {
       ->group(group);
   app.add_option("--threads", threads, "number of threads; the result does not depend on it")
       ->type_name("N")
-      ->check(CLI::Range(1, 1024))
+      ->check(atLeast(1))
       ->group(group);
   app.add_option("--log", logLevel, "lines of the library's log on standard error: 1 few, 1000 many, 1500 all")
       ->type_name("LEVEL")
-      ->check(CLI::NonNegativeNumber)
+      ->check(atLeast(0))
       ->group(group);
   app.add_flag("--json", json, "the result as JSON on standard output, and nothing else there")->group(group);
   app.add_flag("--quiet", quiet, "no summary, no progress bar")->group(group);

@@ -41,14 +41,15 @@ bool isNumbered(const std::string& name, const std::string& prefix) {
 }  // namespace
 
 OutputFolder::OutputFolder(const std::string& folder) : folder_(folder) {
-  std::error_code error;
+  if (folder.empty()) throw UsageError("--out: nothing given, a folder expected");
+  std::error_code error, ignored;
   for (fs::path path = folder_; !path.empty() && !fs::exists(path, error); path = path.parent_path()) {
     made_.insert(made_.begin(), path);
   }
   staging_ = folder_ / fmt::format(".mirel-unfinished-{}", processId());
   fs::create_directories(staging_, error);
   if (!error) return;
-  for (auto path = made_.rbegin(); path != made_.rend(); ++path) fs::remove(*path);
+  for (auto path = made_.rbegin(); path != made_.rend(); ++path) fs::remove(*path, ignored);
   throw UsageError(fmt::format("--out {}: cannot write there: {}", folder, error.message()));
 }
 

@@ -49,11 +49,15 @@ cv::Mat drawFeatures(const FrameFeatures& features, int cells) {
   std::vector<double> responses;
   for (const cv::KeyPoint& point : features.keyPoints) responses.push_back(point.response);
   const ColourScale colours(responses, true);
-  for (auto point = features.keyPoints.rbegin(); point != features.keyPoints.rend(); ++point) {  // strongest on top
-    const cv::Point2f centre = viewPoint(point->pt, scale);
-    const cv::Scalar colour = colours.colour(point->response);
-    drawCircle(view, centre, std::max(3.0, point->size / 2 * scale), colour, 1);
-    drawDot(view, centre, 2, colour);
+  cv::Mat circles = view.clone();
+  const std::vector<cv::KeyPoint> weakestFirst(features.keyPoints.rbegin(), features.keyPoints.rend());
+  for (const cv::KeyPoint& point : weakestFirst) {
+    const double radius = std::max(3.0, point.size / 2 * scale);
+    drawCircle(circles, viewPoint(point.pt, scale), radius, colours.colour(point.response), 1);
+  }
+  cv::addWeighted(circles, 0.6, view, 0.4, 0, view);
+  for (const cv::KeyPoint& point : weakestFirst) {
+    drawDot(view, viewPoint(point.pt, scale), 2, colours.colour(point.response));
   }
   if (cells > 0) drawGrid(view, features, cells);
   Sheet sheet(view, headings(features));

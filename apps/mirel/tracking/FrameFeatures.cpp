@@ -1,11 +1,15 @@
 #include "tracking/FrameFeatures.h"
 
+#include "Errors.h"
+
 #include <MirelAlgorithms/features/Descriptors.h>
 #include <MirelAlgorithms/features/FeatureExtraction.h>
 
 namespace mirel {
 
-FrameFeatures extractFeatures(Frame frame, int number, const Settings& settings, StageClock& clock) {
+namespace {
+
+FrameFeatures extract(const Frame& frame, const Settings& settings, StageClock& clock) {
   FrameFeatures result;
   cv::Mat features;
   const auto container = settings.container();
@@ -20,9 +24,20 @@ FrameFeatures extractFeatures(Frame frame, int number, const Settings& settings,
     const auto& [x, y, size, angle, response] = features.at<cv::Vec<float, 5>>(i).val;
     result.keyPoints.emplace_back(x, y, size, angle, response);
   }
-  result.number = number;
-  result.frame = std::move(frame);
   return result;
+}
+
+}  // namespace
+
+FrameFeatures extractFeatures(Frame frame, int number, const Settings& settings, StageClock& clock) {
+  try {
+    FrameFeatures result = extract(frame, settings, clock);
+    result.number = number;
+    result.frame = std::move(frame);
+    return result;
+  } catch (const std::exception& error) {
+    throw UsageError(frame.name + ": " + oneLine(error));
+  }
 }
 
 std::vector<int> countPerCell(const std::vector<cv::KeyPoint>& keyPoints, cv::Size image, int cells) {

@@ -18,7 +18,8 @@ struct FrameFeatures {
   cv::Mat descriptors;                  ///< one row for each of them
 };
 
-/// Finds and describes the features of a frame as the settings want it. Exceptions of the library pass through.
+/// Finds and describes the features of a frame as the settings want it. Throws `UsageError` where the library
+/// refuses image or settings.
 FrameFeatures extractFeatures(Frame frame, int number, const Settings& settings, StageClock& clock);
 
 /// Features per cell of a grid of `cells` x `cells` over the image, row by row.
