@@ -1,0 +1,148 @@
+#include "ToolTest.h"
+
+#include <cmath>
+#include <opencv2/videoio.hpp>
+#include <regex>
+
+namespace {
+
+class TrackCommand : public ToolTest {
+ protected:
+  /// Frames of a camera that sees the texture from (2i, -i): the picture moves by (-2, 1) px.
+  void writeFrames(int count) {
+    for (int i = 0; i < count; ++i) write("frame" + std::to_string(i + 8) + ".png", texture(2 * i, -i));
+  }
+};
+
+TEST_F(TrackCommand, filesAndNumbersAgree) {
+  writeFrames(3);
+  const ToolResult result = run("track frame8.png frame9.png frame10.png --out out --json");
+  ASSERT_EQ(result.status, 0) << result.errors;
+  const nlohmann::json numbers = result.json();
+  EXPECT_EQ(numbers, readJson("out/motion.json"));
+  EXPECT_EQ(numbers["matched_pairs"], 2);
+  EXPECT_EQ(numbers["longest_track_frames"], 3);
+  EXPECT_EQ(files("out"), (std::set<std::string>{"features.csv", "matches.csv", "matches_0001.png", "matches_0002.png",
+                                                 "motion.json", "report.html", "run.json", "tracks.png"}));
+  const auto features = readCsv("out/features.csv"), matches = readCsv("out/matches.csv");
+  std::map<std::string, int> featuresOf, matchesOf, inliersOf;
+  for (std::size_t i = 1; i < features.size(); ++i) ++featuresOf[features[i][0]];
+  for (std::size_t i = 1; i < matches.size(); ++i) {
+    ++matchesOf[matches[i][0]];
+    inliersOf[matches[i][0]] += matches[i].back() == "1";
+    EXPECT_LE(std::stoi(matches[i][7]), 133);  // of mode narrow
+  }
+  for (const int i : {0, 1}) {
+    const nlohmann::json& pair = numbers["pairs"][i];
+    const std::string number = std::to_string(i + 1);
+    EXPECT_EQ(pair["features_1"], featuresOf[number]);
+    EXPECT_EQ(pair["matches"], matchesOf[number]);
+    EXPECT_EQ(pair["inliers"], inliersOf[number]);
+    EXPECT_GE(pair["in_circle"], pair["in_distance"]);
+    EXPECT_GE(pair["in_distance"], pair["after_ratio_test"]);
+    EXPECT_GE(pair["after_ratio_test"], pair["after_backward_test"]);
+    EXPECT_NEAR(pair["motion"]["dx_px"], -2, 0.1);
+    EXPECT_NEAR(pair["motion"]["dy_px"], 1, 0.1);
+    EXPECT_NEAR(pair["motion"]["rotation_deg"], 0, 0.1);
+    EXPECT_NEAR(pair["motion"]["scale"], 1, 0.002);
+  }
+}
+
+TEST_F(TrackCommand, countsAreThoseOfTheMatcher) {
+  writeFrames(2);
+  // Without refinement the last test leaves exactly the matches.
+  const nlohmann::json pair = run("track frame8.png frame9.png --mode exhaustive --json").json()["pairs"][0];
+  EXPECT_GT(pair["matches"], 100);
+  EXPECT_EQ(pair["after_backward_test"], pair["matches"]);
+}
+
+TEST_F(TrackCommand, rotationAndScaleAreThoseOfThePicture) {
+  const cv::Mat from = texture(0, 0);
+  cv::Mat to;
+  // 3 degrees from the x axis to the y axis; OpenCV's sign is the other one.
+  cv::warpAffine(from, to, cv::getRotationMatrix2D({159.5f, 119.5f}, -3, 1.05), from.size(), cv::INTER_CUBIC,
+                 cv::BORDER_REFLECT);
+  write("from.png", from);
+  write("to.png", to);
+  const nlohmann::json motion = run("track from.png to.png --mode wide --json").json()["pairs"][0]["motion"];
+  EXPECT_NEAR(motion["rotation_deg"], 3, 0.2);
+  EXPECT_NEAR(motion["scale"], 1.05, 0.005);
+  EXPECT_NEAR(motion["shift_px"], 0, 0.5);
+}
+
+TEST_F(TrackCommand, patternsSequencesAndListsAreTheSame) {
+  writeFrames(4);  // 8, 9, 10, 11
+  ASSERT_EQ(run("track frame8.png frame9.png frame10.png frame11.png --out list --quiet").status, 0);
+  ASSERT_EQ(run("track 'frame*.png' --out pattern --quiet").status, 0);
+  ASSERT_EQ(run("track frame%d.png --out sequence --quiet").status, 0);
+  EXPECT_EQ(read("pattern/motion.json"), read("list/motion.json"));
+  EXPECT_EQ(read("sequence/motion.json"), read("list/motion.json"));
+  const nlohmann::json frames = run("track 'frame*.png' --every 2 --json").json()["frames"];
+  ASSERT_EQ(frames.size(), 2u);
+  EXPECT_EQ(frames[1]["name"], "frame10.png");
+}
+
+TEST_F(TrackCommand, videosAreReadFrameAfterFrame) {
+  cv::VideoWriter video(path("v.avi").string(), cv::VideoWriter::fourcc('M', 'J', 'P', 'G'), 10, {320, 240}, false);
+  if (!video.isOpened()) GTEST_SKIP() << "this OpenCV writes no video";
+  for (int i = 0; i < 9; ++i) video.write(texture(2 * i, -i));
+  video.release();
+  const ToolResult result = run("track v.avi --every 2 --max-frames 4 --pictures 1 --out out --json");
+  ASSERT_EQ(result.status, 0) << result.errors;
+  const nlohmann::json numbers = result.json();
+  std::vector<std::string> names;
+  for (const auto& frame : numbers["frames"]) names.push_back(frame["name"]);
+  EXPECT_EQ(names, (std::vector<std::string>{"v.avi #1", "v.avi #3", "v.avi #5", "v.avi #7"}));
+  for (const auto& pair : numbers["pairs"]) EXPECT_NEAR(pair["motion"]["dx_px"], -4, 0.2);
+  EXPECT_TRUE(exists("out/matches_0001.png"));
+  EXPECT_FALSE(exists("out/matches_0002.png"));
+}
+
+TEST_F(TrackCommand, picturesOfAnEarlierRunAreReplaced) {
+  writeFrames(2);
+  std::filesystem::create_directories(path("out"));
+  for (const char* name : {"matches_0001.png", "matches_0009.png", "matches_mine.png"})
+    write(std::string("out/") + name, "old");
+  ASSERT_EQ(run("track frame8.png frame9.png --out out --quiet").status, 0);
+  EXPECT_NE(read("out/matches_0001.png"), "old");
+  EXPECT_FALSE(exists("out/matches_0009.png"));
+  EXPECT_EQ(read("out/matches_mine.png"), "old");
+}
+
+TEST_F(TrackCommand, noMatchIsStatus1AndSaysWhichTestLeftNothing) {
+  write("a.png", texture(0, 0, 1));
+  write("b.png", texture(0, 0, 2));
+  const ToolResult result = run("track a.png b.png --out out --json");
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.errorLines(), 1);
+  EXPECT_TRUE(std::regex_search(result.errors,
+                                std::regex("no match from a.png to b.png: \\d+ features, \\d+ with candidates in "
+                                           "their circle, \\d+ within the distance, \\d+ after the ratio "
+                                           "test, \\d+ after the backward test")))
+      << result.errors;
+  EXPECT_EQ(result.json()["pairs"][0]["matched"], false);
+  EXPECT_TRUE(exists("out/report.html"));
+}
+
+TEST_F(TrackCommand, theReportStandsAlone) {
+  write("a<b&.png", texture(0, 0));
+  writeFrames(3);
+  ASSERT_EQ(run("track \"a<b&.png\" 'frame*.png' --out out --quiet --set FBMnFeatures=200").status, 0);
+  const std::string page = read("out/report.html");
+  for (const char* outside : {"http:", "https:", "<link", "@import", "url(", "sourceMappingURL", "{{"}) {
+    EXPECT_EQ(page.find(outside), std::string::npos) << outside;
+  }
+  EXPECT_EQ(page.find("a<b"), std::string::npos);
+  for (std::size_t at = 0; (at = page.find("src=\"", at)) != std::string::npos; ++at) {
+    EXPECT_EQ(page.compare(at, 16, "src=\"data:image/"), 0);
+  }
+  const std::string open = "<script type=\"application/json\" id=\"data\">";
+  const std::size_t begin = page.find(open) + open.size();
+  const nlohmann::json data = nlohmann::json::parse(page.substr(begin, page.find("</script>", begin) - begin));
+  EXPECT_EQ(data["result"], readJson("out/motion.json"));
+  EXPECT_EQ(data["run"], readJson("out/run.json"));
+  EXPECT_NE(page.find("<tr class=\"changed\"><td class=\"name\">FBMnFeatures</td><td class=\"name\">200"),
+            std::string::npos);
+}
+
+}  // namespace
