@@ -130,12 +130,14 @@ void makeHostile(Random& random, Input& in) {
   const auto coordinate = [&] {
     return oneOf(random, {nan, infinity, -infinity, 1e19f, -1e20f, FLT_MAX, -FLT_MAX, 0.0f, -0.0f, 1e-45f, 5.0f});
   };
+  const unsigned rarity = oneOf(random, {12u, 100u});
   for (KeyPoints* keyPoints : {&in.keyPoints1, &in.keyPoints2})
     for (cv::KeyPoint& k : *keyPoints)
-      if (random() % 12 == 0) (random() % 2 ? k.pt.x : k.pt.y) = coordinate();
+      if (random() % rarity == 0) (random() % 2 ? k.pt.x : k.pt.y) = coordinate();
   for (FBPrediction& p : in.predictions) {
-    if (random() % 12 == 0) (random() % 2 ? p.x : p.y) = coordinate();
-    if (random() % 8 == 0) p.searchRadiusSq = oneOf(random, {nan, infinity, -infinity, -1.0f, 0.0f, FLT_MAX, 1e-45f});
+    if (random() % rarity == 0) (random() % 2 ? p.x : p.y) = coordinate();
+    if (random() % rarity == 0)
+      p.searchRadiusSq = oneOf(random, {nan, infinity, -infinity, -1.0f, 0.0f, FLT_MAX, 1e-45f});
   }
 }
 
@@ -145,7 +147,7 @@ void addPredictions(Random& random, Input& in) {
   for (std::size_t i = 0; i < in.predictions.size(); ++i) {
     const cv::Point2f at = in.keyPoints1[i % size].pt;
     in.predictions[i] = {at.x + uniform(random, -5, 5), at.y + uniform(random, -5, 5), uniform(random, 0, 200),
-                         oneOf<std::int32_t>(random, {0, 1, 2, 3, 4, -7})};
+                         oneOf<std::int32_t>(random, {0, 1, 2, 3, 4, 5, -7})};
   }
 }
 
@@ -157,7 +159,7 @@ class MatchFeatures : public testing::Test {
 TEST_F(MatchFeatures, SameBitsAsTheLiteralLoops) {
   Random random(20240607);
   std::size_t matches = 0, refined = 0;
-  for (int round = 0; round < 600; ++round) {
+  for (int round = 0; round < 1500; ++round) {
     Input in = randomInput(random);
     addPredictions(random, in);
     if (round % 3 == 0) makeHostile(random, in);
@@ -173,8 +175,8 @@ TEST_F(MatchFeatures, SameBitsAsTheLiteralLoops) {
     }
     if (HasFatalFailure() || HasNonfatalFailure()) return;
   }
-  EXPECT_GT(matches, 4000u);  // the inputs exercise what they are meant to
-  EXPECT_GT(refined, 1000u);
+  EXPECT_GT(matches, 10000u);  // the inputs exercise what they are meant to
+  EXPECT_GT(refined, 5000u);
 }
 
 // More features than a block of boxes covers, spread unevenly, with the points of a line and of one spot among them.
@@ -200,6 +202,24 @@ TEST_F(MatchFeatures, LargeFrames) {
       limitCpuVariant(variant);
       expectSame(run(in), expected);
     }
+  }
+}
+
+// A distance of 65600 bits does not fit sixteen: its low bits count.
+TEST_F(MatchFeatures, DistancesWrap) {
+  Input in;
+  in.keyPoints1.resize(2);
+  in.keyPoints2.resize(2);
+  in.descriptors1 = cv::Mat::zeros(2, 8200, CV_8UC1);
+  in.descriptors2 = cv::Mat(2, 8200, CV_8UC1, cv::Scalar(255));
+  in.descriptors2.row(1).colRange(0, 4000) = 0;
+  in.descriptors1.row(1).colRange(0, 5000) = 255;
+  for (const CpuVariant variant : {CpuVariant::baseline, CpuVariant::avx2, CpuVariant::avx512}) {
+    limitCpuVariant(variant);
+    const Output out = run(in);
+    expectSame(out, run(in, literal::matchFeatures));
+    ASSERT_EQ(out.matches.size(), 1u);
+    EXPECT_EQ(out.matches[0].distance, 65600 - 65536);
   }
 }
 
@@ -248,6 +268,13 @@ TEST_F(MatchFeatures, BeyondMaxDistanceIsNoSecondButBlocks) {
   second.params.maxDistance = rival.params.maxDistance = 105;
   EXPECT_EQ(run(second).matches.size(), 1u);
   EXPECT_EQ(run(rival).matches.size(), 0u);
+}
+
+TEST_F(MatchFeatures, WhatIsNotMeasuredDoesNotBlock) {
+  Input in = inputWithOnes({0, 0}, {1});
+  in.predictions = {{0, 0, 1, 1}, {9, 9, 1, 1}};
+  in.params.ratio = 1 / 65535.0f;  // feature 1 would have to be farther than 65535
+  EXPECT_EQ(run(in).matches.size(), 1u);
 }
 
 TEST_F(MatchFeatures, PointOnTheCircleIsACandidate) {

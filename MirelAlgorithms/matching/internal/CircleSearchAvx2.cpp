@@ -10,6 +10,8 @@
 namespace MirelAlgorithms {
 namespace {
 
+using namespace distances256;
+
 struct Circle {
   __m256 x, y, radiusSq;
 };

@@ -15,6 +15,8 @@
 namespace MirelAlgorithms {
 namespace {
 
+using namespace distances256;
+
 struct Circle {
   __m512 x, y, radiusSq;
 };

@@ -6,7 +6,7 @@
 
 #include <immintrin.h>
 
-namespace MirelAlgorithms {
+namespace MirelAlgorithms::distances256 {
 
 using Distances = __m256i;
 
@@ -38,4 +38,4 @@ MIREL_TARGET_AVX2 inline std::uint32_t equalLanes(Distances d, std::uint16_t val
   return static_cast<std::uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi16(d, everyLane(value))));
 }
 
-}  // namespace MirelAlgorithms
+}  // namespace MirelAlgorithms::distances256

@@ -19,7 +19,7 @@ void ForwardPass::measure(const std::vector<FBPrediction>& circles) {
 
 void ForwardPass::searchAgain(const std::vector<FBPrediction>& circles) { run(&circles); }
 
-// One loop for both stages
+// One loop for both stages, so that its threads are logged once.
 void ForwardPass::run(const std::vector<FBPrediction>* again) {
   tbb::enumerable_thread_specific<ColumnMinima> columns(features2_.blocks());
   tracedLoop("MirelAlgorithms::matchForward", best_.size(), [&](const FeatureRange& range) {

@@ -18,11 +18,11 @@ void matchQualityLog(const std::vector<cv::KeyPoint>& keyPoints1, const std::vec
   double withoutPrediction = 0, withPrediction = 0;
   int predicted = 0;
   for (const FBMatch& match : matches) {
-    const cv::Point2f& from = keyPoints1[match.queryIdx].pt;
-    const cv::Point2f& to = keyPoints2[match.trainIdx].pt;
+    const auto i = static_cast<std::size_t>(match.queryIdx), j = static_cast<std::size_t>(match.trainIdx);
+    const cv::Point2f &from = keyPoints1[i].pt, &to = keyPoints2[j].pt;
     withoutPrediction += distance(from.x, from.y, to);
     withPrediction += distance(match.predictedX, match.predictedY, to);
-    predicted += predictions[match.queryIdx].state >= 2;
+    predicted += predictions[i].state >= 2;
   }
   const double count = static_cast<double>(matches.size());
   MIREL_LOG("FeatureMatching.cpp", "MirelAlgorithms::matchQualityLog", LogLevel::diagnostic,
