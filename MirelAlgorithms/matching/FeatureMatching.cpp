@@ -53,6 +53,8 @@ void collect(const std::vector<BestTwo>& best, const std::vector<std::uint8_t>& 
 MotionEstimate imageMotion(const KeyPoints& keyPoints1, const KeyPoints& keyPoints2,
                            const std::vector<FBMatch>& matches) {
   std::vector<cv::Vec2f> from, to;
+  from.reserve(matches.size());
+  to.reserve(matches.size());
   for (const FBMatch& match : matches) {
     from.emplace_back(keyPoints1[static_cast<std::size_t>(match.queryIdx)].pt);
     to.emplace_back(keyPoints2[static_cast<std::size_t>(match.trainIdx)].pt);

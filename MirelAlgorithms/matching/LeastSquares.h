@@ -30,7 +30,7 @@ namespace MirelAlgorithms {
 /// (an exact fit, accepted), and so do weights that leave fewer than `cols` rows (the system is not solved again). New
 /// weights come from `lsqWeights`; they multiply whole rows of A and b.
 ///
-/// One object per thread; objects share nothing. The same bits on every machine.
+/// One object per thread; objects share nothing.
 class MIREL_API Lsq {
  public:
   Lsq() = default;

@@ -30,7 +30,7 @@ namespace MirelAlgorithms {
 /// `translation`, `scale`, `rotation` and `deviation` are those of G, that is, of the motion from the second frame
 /// back to the first.
 ///
-/// A plain value. Any number of threads may read one and call `estimate`. The same bits on every machine.
+/// A plain value. Any number of threads may read one and call `estimate`.
 struct MIREL_API MotionEstimate {
   double factor = 1.0;                                      ///< always 1
   double translation = 0.0;                                 ///< sqrt(g02^2 + g12^2), pixels

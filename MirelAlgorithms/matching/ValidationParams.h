@@ -29,7 +29,7 @@ enum FBMFilterMode : int {
 struct FBMValidationParams {
   /// Fills the record from a preset. Any other mode is logged at level 1 ("wrong mode ...") and sets `ratio` alone: the
   /// other fields keep what the storage held, so fill them before reading. Never throws.
-  MIREL_API explicit FBMValidationParams(FBMFilterMode mode);
+  MIREL_API FBMValidationParams(FBMFilterMode mode);
 
   std::int32_t minMatches;    ///< pairs needed for success, or the points of the smaller frame less 2 if fewer
   float searchRadiusSq;       ///< square of the search radius around a fresh prediction, pixels squared

@@ -24,10 +24,10 @@ void ForwardPass::run(const std::vector<FBPrediction>* again) {
   tbb::enumerable_thread_specific<ColumnMinima> columns(features2_.blocks());
   tracedLoop("MirelAlgorithms::matchForward", best_.size(), [&](const FeatureRange& range) {
     CircleSearch candidates(descriptors1_, features2_, maxDistance_);
-    ColumnMinima& own = columns.local();
+    ColumnMinima* own = again ? nullptr : &columns.local();
     for (std::size_t i = range.begin(); i != range.end(); ++i)
       best_[i] =
-          again ? candidates.searchAgain(i, (*again)[i], measured_[i]) : candidates.measure(i, measured_[i], own);
+          again ? candidates.searchAgain(i, (*again)[i], measured_[i]) : candidates.measure(i, measured_[i], *own);
   });
   for (const ColumnMinima& part : columns) columns_.merge(part);
 }

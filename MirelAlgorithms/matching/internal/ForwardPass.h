@@ -7,6 +7,7 @@
 
 namespace MirelAlgorithms {
 
+/// The forward pass of one call, in one or two stages.
 class ForwardPass {
  public:
   /// @param descriptors1  CV_8UC1, as wide as the descriptors of the second frame
