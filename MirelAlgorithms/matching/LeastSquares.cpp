@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <memory>
 
 namespace MirelAlgorithms {
 namespace {
@@ -20,14 +19,6 @@ bool systemFits(const double* a, const double* b, const double* x, int rows, int
 void deliver(const std::vector<double>& solution, double* x) {
   if (std::all_of(solution.begin(), solution.end(), [](double value) { return std::isfinite(value); }))
     std::copy(solution.begin(), solution.end(), x);
-}
-
-/// Row-major to column-major.
-std::unique_ptr<double[]> transposed(const double* a, std::size_t rows, std::size_t cols) {
-  auto columns = std::make_unique_for_overwrite<double[]>(rows * cols);
-  for (std::size_t i = 0; i < rows; ++i)
-    for (std::size_t j = 0; j < cols; ++j) columns[j * rows + i] = a[i * cols + j];
-  return columns;
 }
 
 /// Tukey's biweight, normalised to a mean of 1.
@@ -64,27 +55,24 @@ int Lsq::lsqWeights(const double* residuals, double* weights, int n, double thre
 
 int Lsq::lsqCore(const double* a, const double* b, double* x, int rows, int cols) {
   if (!systemFits(a, b, x, rows, cols)) return invalidArguments;
-  PivotedQr qr(rows, cols);
-  const auto columns = transposed(a, rows, cols);
+  PivotedQr qr(a, rows, cols);
   const std::vector<double> weights(rows, 1.0);
   std::vector<double> solution(cols);
-  qr.solve(columns.get(), b, weights.data(), solution.data());
+  qr.solve(b, weights.data(), solution.data());
   deliver(solution, x);
   return success;
 }
 
 int Lsq::lsqRobust(const double* a, const double* b, double* x, int rows, int cols, double threshold, double minScale) {
   if (!systemFits(a, b, x, rows, cols) || threshold < 1.0) return invalidArguments;
-  PivotedQr qr(rows, cols);
-  const auto columns = transposed(a, rows, cols);
+  PivotedQr qr(a, rows, cols);
   std::vector<double> weights(rows, 1.0), residuals(rows), trial(cols);
   std::vector<double> acceptedWeights(rows, 1.0), accepted(x, x + cols);
   rmsValue_ = (std::numeric_limits<double>::max)();
 
   for (int iteration = 0; iteration < maxIterations_; ++iteration) {
-    qr.solve(columns.get(), b, weights.data(), trial.data());
-    const ResidualSums sums =
-        columnPasses().residuals(columns.get(), trial.data(), cols, b, weights.data(), residuals.data(), rows);
+    qr.solve(b, weights.data(), trial.data());
+    const ResidualSums sums = qr.residuals(trial.data(), b, weights.data(), residuals.data());
     const double figure = std::sqrt(sums.weightedSquares) / rows;
     if (!(figure < rmsValue_)) break;
     rmsValue_ = figure;

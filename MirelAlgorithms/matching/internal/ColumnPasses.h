@@ -27,25 +27,23 @@ struct ResidualSums {
 struct ColumnPasses {
   using Index = std::ptrdiff_t;
 
-  /// Of each column: column = source * weights; squares = the sum of its squares. Both lie their stride apart.
-  void (*weigh)(double* columns, Index stride, const double* sources, Index sourceStride, Index count,
-                const double* weights, double* squares, Index rows);
+  /// Of each column: column = source * weights; squares = the sum of its squares. Columns lie `stride` apart.
+  void (*weigh)(double* columns, const double* sources, Index stride, Index count, const double* weights,
+                double* squares, Index rows);
 
   /// The sum of squares that a column will have.
   double (*remainingSquares)(const double* column, double factor, PendingReflector pending, Index rows);
 
-  /// pivot = what it will be / divisor, the v of the next reflector; other is brought up to date; their product.
-  double (*makeReflector)(double* pivot, double factor, double divisor, double* other, double otherFactor,
-                          PendingReflector pending, Index rows);
+  /// pivot = what it will be / divisor, the v of the next reflector. Brings the other columns up to date: one for
+  /// itself, whose product with v is returned, and `count` from `firstRow` on, whose factors their products with v
+  /// replace.
+  double (*reflect)(double* pivot, double factor, double divisor, double* other, double otherFactor,
+                    double* const* columns, Index firstRow, Index count, double* factors, PendingReflector pending,
+                    Index rows);
 
-  /// Each column, from `firstRow` on, is brought up to date; products = its product with v. `products` may be
-  /// `factors`.
-  void (*project)(double* const* columns, Index firstRow, const double* factors, Index count, PendingReflector pending,
-                  const double* v, double* products, Index rows);
-
-  /// residuals = sum of x[j] * column j, minus b; all sums in ascending order. The columns lie `rows` apart.
-  ResidualSums (*residuals)(const double* columns, const double* x, Index count, const double* b, const double* weights,
-                            double* residuals, Index rows);
+  /// residuals = sum of x[j] * column j, minus b; all sums in ascending order.
+  ResidualSums (*residuals)(const double* columns, Index stride, const double* x, Index count, const double* b,
+                            const double* weights, double* residuals, Index rows);
 
   /// weights = max(0, 1 - residuals^2 / c^2)^2, then divided by their mean; the sum in ascending order. Both may be the
   /// same memory.

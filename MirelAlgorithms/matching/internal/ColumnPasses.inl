@@ -31,17 +31,20 @@ MIREL_PASS inline V every(double value) {
 MIREL_PASS inline double first(__m128d pair) { return _mm_cvtsd_f64(pair); }
 MIREL_PASS inline double second(__m128d pair) { return _mm_cvtsd_f64(_mm_unpackhi_pd(pair, pair)); }
 
-// Rows of a column, from i on, as they will be.
+// tau * v of the rows from i on.
 template <class V>
-MIREL_PASS inline V updated(const double* column, double factor, PendingReflector pending, Index i) {
-  return load<V>(column + i) - every<V>(factor) * (every<V>(pending.tau) * load<V>(pending.v + i));
+MIREL_PASS inline V changeAt(PendingReflector pending, Index i) {
+  return every<V>(pending.tau) * load<V>(pending.v + i);
 }
 
-// Sum over the rows from i on, given the sums of the rows before it in four lanes.
+MIREL_PASS inline __m128d addTwos(__m128d lanes, Rows rows) {
+  return _mm_add_pd(_mm_add_pd(lanes, lowerPair(rows)), upperPair(rows));
+}
+
+// Sum over the last rows, from i on (fewer than four), given the sums of the rows before them in two lanes.
 template <class Term>
-MIREL_PASS inline double finishFours(Rows lanes, Index i, Index rows, const Term& term) {
-  const __m128d pair = _mm_add_pd(lowerPair(lanes), upperPair(lanes));
-  double even = first(pair), odd = second(pair);
+MIREL_PASS inline double finishTwos(__m128d lanes, Index i, Index rows, const Term& term) {
+  double even = first(lanes), odd = second(lanes);
   if (i + 2 <= rows) {
     even += term.template operator()<double>(i);
     odd += term.template operator()<double>(i + 1);
@@ -50,6 +53,12 @@ MIREL_PASS inline double finishFours(Rows lanes, Index i, Index rows, const Term
   double sum = even + odd;
   if (i < rows) sum += term.template operator()<double>(i);
   return sum;
+}
+
+// The same in four lanes.
+template <class Term>
+MIREL_PASS inline double finishFours(Rows lanes, Index i, Index rows, const Term& term) {
+  return finishTwos(_mm_add_pd(lowerPair(lanes), upperPair(lanes)), i, rows, term);
 }
 
 // Sum over all rows in four lanes; `term.operator()<V>(i)` gives the terms of the rows from i on.
@@ -84,9 +93,9 @@ MIREL_PASS inline void weighFour(const WeighedSquare (&column)[4], double* squar
   for (int c = 0; c < 4; ++c) squares[c] = finishFours(lanes[c], i, rows, column[c]);
 }
 
-MIREL_PASS void weigh(double* columns, Index stride, const double* sources, Index sourceStride, Index count,
-                      const double* weights, double* squares, Index rows) {
-  const auto column = [=](Index c) { return WeighedSquare{columns + c * stride, sources + c * sourceStride, weights}; };
+MIREL_PASS void weigh(double* columns, const double* sources, Index stride, Index count, const double* weights,
+                      double* squares, Index rows) {
+  const auto column = [=](Index c) { return WeighedSquare{columns + c * stride, sources + c * stride, weights}; };
   Index c = 0;
   for (; c + 4 <= count; c += 4) weighFour({column(c), column(c + 1), column(c + 2), column(c + 3)}, squares + c, rows);
   for (; c < count; ++c) squares[c] = sumInFours(rows, column(c));
@@ -99,35 +108,13 @@ struct RemainingSquare {
 
   template <class V>
   MIREL_PASS V operator()(Index i) const {
-    const V value = updated<V>(column, factor, pending, i);
+    const V value = load<V>(column + i) - every<V>(factor) * changeAt<V>(pending, i);
     return value * value;
   }
 };
 
 MIREL_PASS double remainingSquares(const double* column, double factor, PendingReflector pending, Index rows) {
   return sumInFours(rows, RemainingSquare{column, factor, pending});
-}
-
-struct ReflectorTerm {
-  double* pivot;
-  double factor, divisor;
-  double* other;
-  double otherFactor;
-  PendingReflector pending;
-
-  template <class V>
-  MIREL_PASS V operator()(Index i) const {
-    const V v = updated<V>(pivot, factor, pending, i) / every<V>(divisor);
-    const V value = updated<V>(other, otherFactor, pending, i);
-    store(pivot + i, v);
-    store(other + i, value);
-    return value * v;
-  }
-};
-
-MIREL_PASS double makeReflector(double* pivot, double factor, double divisor, double* other, double otherFactor,
-                                PendingReflector pending, Index rows) {
-  return sumInFours(rows, ReflectorTerm{pivot, factor, divisor, other, otherFactor, pending});
 }
 
 struct Projection {
@@ -142,6 +129,17 @@ struct Projection {
   }
 };
 
+struct ProjectionTerm {
+  Projection projection;
+  PendingReflector pending;
+  const double* v;
+
+  template <class V>
+  MIREL_PASS V operator()(Index i) const {
+    return projection(i, changeAt<V>(pending, i), load<V>(v + i));
+  }
+};
+
 // A few columns side by side, each summed in two lanes.
 template <int n>
 MIREL_PASS inline void projectGroup(const Projection* column, PendingReflector pending, const double* v,
@@ -150,61 +148,76 @@ MIREL_PASS inline void projectGroup(const Projection* column, PendingReflector p
   for (int c = 0; c < n; ++c) lanes[c] = _mm_setzero_pd();
   Index i = 0;
   for (; i + 4 <= rows; i += 4) {
-    const Rows change = everyRow(pending.tau) * loadRows(pending.v + i), unit = loadRows(v + i);
-    for (int c = 0; c < n; ++c) {
-      const Rows term = column[c](i, change, unit);
-      lanes[c] = _mm_add_pd(_mm_add_pd(lanes[c], lowerPair(term)), upperPair(term));
-    }
+    const Rows change = changeAt<Rows>(pending, i), unit = loadRows(v + i);
+    for (int c = 0; c < n; ++c) lanes[c] = addTwos(lanes[c], column[c](i, change, unit));
   }
-  for (int c = 0; c < n; ++c) {
-    const auto term = [&](Index k) { return column[c](k, pending.tau * pending.v[k], v[k]); };
-    double even = first(lanes[c]), odd = second(lanes[c]);
-    const Index pairs = rows / 2 * 2;
-    if (i < pairs) {
-      even += term(i);
-      odd += term(i + 1);
-    }
-    products[c] = even + odd;
-    if (pairs < rows) products[c] += term(pairs);
-  }
+  for (int c = 0; c < n; ++c) products[c] = finishTwos(lanes[c], i, rows, ProjectionTerm{column[c], pending, v});
 }
 
-// A single column is summed in four lanes: Eigen takes it for a vector.
-struct SingleProjection {
-  Projection column;
-  PendingReflector pending;
-  const double* v;
+MIREL_PASS inline void projectGroup(const Projection* column, Index count, PendingReflector pending, const double* v,
+                                    double* products, Index rows) {
+  if (count == 4)
+    projectGroup<4>(column, pending, v, products, rows);
+  else if (count == 3)
+    projectGroup<3>(column, pending, v, products, rows);
+  else if (count == 2)
+    projectGroup<2>(column, pending, v, products, rows);
+  else
+    projectGroup<1>(column, pending, v, products, rows);
+}
 
-  template <class V>
-  MIREL_PASS V operator()(Index i) const {
-    return column(i, every<V>(pending.tau) * load<V>(pending.v + i), load<V>(v + i));
+// The division takes its time: the right-hand side and a few columns go along.
+template <int n>
+MIREL_PASS inline double reflectGroup(double* pivot, double factor, double divisor, const Projection& other,
+                                      const Projection* column, PendingReflector pending, double* products,
+                                      Index rows) {
+  Rows lanes = everyRow(0.0);
+  __m128d columnLanes[n + 1];
+  for (int c = 0; c < n; ++c) columnLanes[c] = _mm_setzero_pd();
+  Index i = 0;
+  for (; i + 4 <= rows; i += 4) {
+    const Rows change = changeAt<Rows>(pending, i);
+    const Rows v = (loadRows(pivot + i) - everyRow(factor) * change) / everyRow(divisor);
+    store(pivot + i, v);
+    lanes = lanes + other(i, change, v);
+    for (int c = 0; c < n; ++c) columnLanes[c] = addTwos(columnLanes[c], column[c](i, change, v));
   }
-};
+  for (Index k = i; k < rows; ++k) pivot[k] = (pivot[k] - factor * changeAt<double>(pending, k)) / divisor;
+  for (int c = 0; c < n; ++c)
+    products[c] = finishTwos(columnLanes[c], i, rows, ProjectionTerm{column[c], pending, pivot});
+  return finishFours(lanes, i, rows, ProjectionTerm{other, pending, pivot});
+}
 
-MIREL_PASS void project(double* const* columns, Index firstRow, const double* factors, Index count,
-                        PendingReflector pending, const double* v, double* products, Index rows) {
+MIREL_PASS double reflect(double* pivot, double factor, double divisor, double* other, double otherFactor,
+                          double* const* columns, Index firstRow, Index count, double* factors,
+                          PendingReflector pending, Index rows) {
+  const auto projection = [=](Index c) { return Projection{columns[c] + firstRow, factors[c]}; };
+  const Projection side{other, otherFactor};
+  if (count < 2) {
+    const double product = reflectGroup<0>(pivot, factor, divisor, side, nullptr, pending, nullptr, rows);
+    // Eigen takes a single column for a vector, whose product is summed in four lanes.
+    if (count == 1) factors[0] = sumInFours(rows, ProjectionTerm{projection(0), pending, pivot});
+    return product;
+  }
   Projection group[4];
-  Index size = 0;
-  for (Index c = 0; c < count; c += size) {
-    size = count - c < 4 ? count - c : 4;
-    for (Index g = 0; g < size; ++g) group[g] = {columns[c + g] + firstRow, factors[c + g]};
-    if (count == 1)
-      products[c] = sumInFours(rows, SingleProjection{group[0], pending, v});
-    else if (size == 4)
-      projectGroup<4>(group, pending, v, products + c, rows);
-    else if (size == 3)
-      projectGroup<3>(group, pending, v, products + c, rows);
-    else if (size == 2)
-      projectGroup<2>(group, pending, v, products + c, rows);
-    else
-      projectGroup<1>(group, pending, v, products + c, rows);
+  Index c = count < 3 ? count : 3;
+  for (Index g = 0; g < c; ++g) group[g] = projection(g);
+  const double product = c == 3 ? reflectGroup<3>(pivot, factor, divisor, side, group, pending, factors, rows)
+                                : reflectGroup<2>(pivot, factor, divisor, side, group, pending, factors, rows);
+  while (c < count) {
+    const Index size = count - c < 4 ? count - c : 4;
+    for (Index g = 0; g < size; ++g) group[g] = projection(c + g);
+    projectGroup(group, size, pending, pivot, factors + c, rows);
+    c += size;
   }
+  return product;
 }
 
 struct Residual {
   const double* columns;
+  Index stride;
   const double* x;
-  Index count, stride;
+  Index count;
   const double* b;
 
   template <class V>
@@ -215,25 +228,25 @@ struct Residual {
   }
 };
 
-MIREL_PASS ResidualSums residuals(const double* columns, const double* x, Index count, const double* b,
+MIREL_PASS ResidualSums residuals(const double* columns, Index stride, const double* x, Index count, const double* b,
                                   const double* weights, double* residuals, Index rows) {
-  const Residual residual{columns, x, count, rows, b};
-  ResidualSums sums;
-  const auto add = [&](Index i) {
-    const double weighted = weights[i] * residuals[i];
-    sums.absolute += std::abs(residuals[i]);
-    sums.weightedSquares += weighted * weighted;
-  };
-  Index i = 0;
-  for (; i + 4 <= rows; i += 4) {
-    store(residuals + i, residual.template operator()<Rows>(i));
-    for (int l = 0; l < 4; ++l) add(i + l);
+  const Residual residual{columns, stride, x, count, b};
+  double absolute = 0.0, squares = 0.0;
+  for (Index i = 0; i < rows;) {
+    Index end = i + 4;
+    if (end <= rows) {
+      store(residuals + i, residual.template operator()<Rows>(i));
+    } else {
+      end = i + 1;
+      residuals[i] = residual.template operator()<double>(i);
+    }
+    for (; i < end; ++i) {
+      const double weighted = weights[i] * residuals[i];
+      absolute += std::abs(residuals[i]);
+      squares += weighted * weighted;
+    }
   }
-  for (; i < rows; ++i) {
-    residuals[i] = residual.template operator()<double>(i);
-    add(i);
-  }
-  return sums;
+  return {absolute, squares};
 }
 
 struct Biweight {
@@ -264,4 +277,4 @@ MIREL_PASS void biweights(const double* residuals, double c, double* weights, In
   for (i = 0; i < rows; ++i) weights[i] /= mean;
 }
 
-constexpr ColumnPasses passes{weigh, remainingSquares, makeReflector, project, residuals, biweights};
+constexpr ColumnPasses passes{weigh, remainingSquares, reflect, residuals, biweights};

@@ -16,12 +16,14 @@ constexpr std::size_t cacheLine = 8;    // doubles; keeps columns of a power of 
 
 }  // namespace
 
-PivotedQr::PivotedQr(std::size_t rows, std::size_t cols)
+PivotedQr::PivotedQr(const double* a, std::size_t rows, std::size_t cols)
     : rows_(static_cast<Index>(rows)),
       cols_(static_cast<Index>(cols)),
       stride_(static_cast<Index>(rows + cacheLine)),
-      columns_(std::make_unique_for_overwrite<double[]>((cols + 2) * (rows + cacheLine))),
-      rightHandSide_(columns_.get() + cols_ * stride_),
+      buffer_(std::make_unique_for_overwrite<double[]>((2 * cols + 2) * (rows + cacheLine))),
+      matrix_(buffer_.get()),
+      reduced_(matrix_ + cols_ * stride_),
+      rightHandSide_(reduced_ + cols_ * stride_),
       zeros_(rightHandSide_ + stride_),
       order_(cols),
       unknown_(cols),
@@ -29,11 +31,17 @@ PivotedQr::PivotedQr(std::size_t rows, std::size_t cols)
       measuredNorm_(cols_),
       factor_(cols),
       pass_(columnPasses()) {
+  for (Index i = 0; i < rows_; ++i)
+    for (Index j = 0; j < cols_; ++j) matrix_[j * stride_ + i] = a[i * cols_ + j];
   std::fill_n(zeros_, rows_, 0.0);
 }
 
-void PivotedQr::solve(const double* a, const double* b, const double* weights, double* x) {
-  start(a, b, weights);
+ResidualSums PivotedQr::residuals(const double* x, const double* b, const double* weights, double* residuals) const {
+  return pass_.residuals(matrix_, stride_, x, cols_, b, weights, residuals, rows_);
+}
+
+void PivotedQr::solve(const double* b, const double* weights, double* x) {
+  start(b, weights);
   Index rank = 0;
   for (; rank < cols_ && choosePivot(rank); ++rank) {
     finishRow(rank);
@@ -43,11 +51,11 @@ void PivotedQr::solve(const double* a, const double* b, const double* weights, d
   substituteBack(rank, x);
 }
 
-void PivotedQr::start(const double* a, const double* b, const double* weights) {
-  pass_.weigh(columns_.get(), stride_, a, rows_, cols_, weights, norm_.data(), rows_);
+void PivotedQr::start(const double* b, const double* weights) {
+  pass_.weigh(reduced_, matrix_, stride_, cols_, weights, norm_.data(), rows_);
   for (Index i = 0; i < rows_; ++i) rightHandSide_[i] = b[i] * weights[i];
   for (Index j = 0; j < cols_; ++j) {
-    order_[j] = columns_.get() + j * stride_;
+    order_[j] = reduced_ + j * stride_;
     unknown_[j] = j;
     measuredNorm_[j] = norm_[j] = std::sqrt(norm_[j]);
     factor_[j] = 0.0;
@@ -81,7 +89,7 @@ void PivotedQr::finishRow(Index k) {
 
 /// The reflector that takes the pivot column to a multiple of the k-th unit vector. Row k changes, the others pend.
 void PivotedQr::reflect(Index k) {
-  const Index below = k + 1, rows = rows_ - below, others = cols_ - below;
+  const Index below = k + 1, rows = rows_ - below;
   double* pivot = order_[k] + below;
   const double tailSquared = pass_.remainingSquares(pivot, factor_[k], pendingFrom(below), rows);
   if (tailSquared <= (std::numeric_limits<double>::min)()) return;  // is one already
@@ -91,14 +99,11 @@ void PivotedQr::reflect(Index k) {
   const double tau = (length - head) / length;
   order_[k][k] = length;
 
-  rightHandSideFactor_ = pass_.makeReflector(pivot, factor_[k], head - length, rightHandSide_ + below,
-                                             rightHandSideFactor_, pendingFrom(below), rows) +
-                         rightHandSide_[k];
+  rightHandSideFactor_ =
+      pass_.reflect(pivot, factor_[k], head - length, rightHandSide_ + below, rightHandSideFactor_,
+                    order_.data() + below, below, cols_ - below, factor_.data() + below, pendingFrom(below), rows) +
+      rightHandSide_[k];
   rightHandSide_[k] -= tau * rightHandSideFactor_;
-  if (others > 0) {
-    double* factors = &factor_[below];
-    pass_.project(&order_[below], below, factors, others, pendingFrom(below), pivot, factors, rows);
-  }
   for (Index j = below; j < cols_; ++j) {
     factor_[j] += order_[j][k];
     order_[j][k] -= tau * factor_[j];

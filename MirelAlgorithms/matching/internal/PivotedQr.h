@@ -18,18 +18,21 @@ namespace MirelAlgorithms {
 /// remaining columns instead of twice, and takes the right-hand side along. Unknowns beyond the rank are 0.
 class PivotedQr {
  public:
-  PivotedQr(std::size_t rows, std::size_t cols);
+  /// @param a  rows x cols numbers, row by row; copied
+  PivotedQr(const double* a, std::size_t rows, std::size_t cols);
 
-  /// @param a        rows x cols numbers, column by column
   /// @param b        rows numbers
   /// @param weights  rows numbers, the diagonal of W
   /// @param x        receives cols numbers
-  void solve(const double* a, const double* b, const double* weights, double* x);
+  void solve(const double* b, const double* weights, double* x);
+
+  /// Writes A x - b, without weights; the sums are those of the weighted system.
+  ResidualSums residuals(const double* x, const double* b, const double* weights, double* residuals) const;
 
  private:
   using Index = std::ptrdiff_t;
 
-  void start(const double* a, const double* b, const double* weights);
+  void start(const double* b, const double* weights);
   bool choosePivot(Index k);
   void finishRow(Index k);
   void reflect(Index k);
@@ -38,7 +41,9 @@ class PivotedQr {
   PendingReflector pendingFrom(Index row) const { return {pending_.v + row, pending_.tau}; }
 
   Index rows_, cols_, stride_;
-  std::unique_ptr<double[]> columns_;  // the columns, the right-hand side, and a column of zeros
+  std::unique_ptr<double[]> buffer_;  // holds the columns that the next four point to, `stride_` apart
+  double* matrix_;                    // A
+  double* reduced_;                   // W A, on its way to R
   double* rightHandSide_;
   double* zeros_;
   std::vector<double*> order_;           // columns in pivoting order

@@ -1,0 +1,210 @@
+#include <MirelAlgorithms/matching/MotionEstimate.h>
+#include <gtest/gtest.h>
+#include <support/ThrownText.h>
+
+#include <Eigen/Dense>
+#include <cfloat>
+#include <cmath>
+#include <limits>
+#include <numbers>
+#include <random>
+#include <stdexcept>
+
+using namespace MirelAlgorithms;
+
+namespace {
+
+using Points = std::vector<SVec2d>;
+
+const Points fivePoints{{10, 20}, {300, 40}, {250, 260}, {30, 210}, {120, 90}};
+
+template <class Motion>
+Points moved(const Points& points, const Motion& motion) {
+  Points result;
+  for (const SVec2d& p : points) result.push_back(motion(p));
+  return result;
+}
+
+SVec2d mapped(const Eigen::Matrix3d& h, const SVec2d& p) {
+  const Eigen::Vector3d q = h * Eigen::Vector3d(p.x, p.y, 1.0);
+  return {q.x() / q.z(), q.y() / q.z()};
+}
+
+Points randomPoints(std::mt19937& random, int count) {
+  std::uniform_real_distribution<double> column(0.0, 640.0), row(0.0, 480.0);
+  Points points;
+  for (int i = 0; i < count; ++i) points.emplace_back(column(random), row(random));
+  return points;
+}
+
+void expectNear(const SVec2d& point, const SVec2d& expected, double tolerance) {
+  EXPECT_NEAR(point.x, expected.x, tolerance);
+  EXPECT_NEAR(point.y, expected.y, tolerance);
+}
+
+void expectNoMotion(const MotionEstimate& motion) {
+  EXPECT_FALSE(motion.isValid());
+  EXPECT_EQ(motion.deviation, DBL_MAX);
+  EXPECT_EQ(motion.meanResidual, 1000.0);
+  EXPECT_EQ(motion.meanInlierResidual, 1000.0);
+  EXPECT_EQ(motion.points, 0);
+  EXPECT_EQ(motion.matrix[0], 1.0);
+  EXPECT_EQ(motion.center[0], 0.0);
+  EXPECT_EQ(motion.apply(SVec2d(3.5, -2.0)), SVec2d(3.5, -2.0));
+  EXPECT_EQ(motion.apply(cv::Vec2f(3.5f, -2.0f)), cv::Vec2f(3.5f, -2.0f));
+}
+
+TEST(MotionEstimate, Translation) {
+  const Points to = moved(fivePoints, [](const SVec2d& p) { return SVec2d(p.x + 3.0, p.y - 2.0); });
+  const MotionEstimate motion = MotionEstimate::estimate(fivePoints, to, {});
+  ASSERT_TRUE(motion.isValid());
+  EXPECT_NEAR(motion.translation, std::sqrt(13.0), 1e-9);
+  EXPECT_NEAR(motion.rotation, 0.0, 1e-12);
+  EXPECT_NEAR(motion.scale, 1.0, 1e-12);
+  EXPECT_EQ(motion.points, 5);
+  EXPECT_EQ(motion.factor, 1.0);
+  EXPECT_LT(motion.meanResidual, 1e-9);
+  EXPECT_EQ(motion.matrix[8], 1.0);
+  expectNear(motion.apply(SVec2d(77.0, 99.0)), {80.0, 97.0}, 1e-9);
+  EXPECT_NEAR(motion.apply(cv::Vec2f(77.0f, 99.0f))[1], 97.0, 1e-4);
+}
+
+TEST(MotionEstimate, RotationAboutTheCentreHasTheSignOfTheInverse) {
+  const double angle = 10.0 * std::numbers::pi / 180.0;
+  const SVec2d center(140.0, 120.0);
+  const Points to = moved(fivePoints, [&](const SVec2d& p) {
+    const double dx = p.x - center.x, dy = p.y - center.y;
+    return SVec2d(center.x + std::cos(angle) * dx - std::sin(angle) * dy,
+                  center.y + std::sin(angle) * dx + std::cos(angle) * dy);
+  });
+  const MotionEstimate motion = MotionEstimate::estimate(fivePoints, to, {}, center);
+  EXPECT_NEAR(motion.rotation, -angle, 1e-12);
+  EXPECT_NEAR(motion.scale, 1.0, 1e-12);
+  EXPECT_NEAR(motion.translation, 0.0, 1e-9);
+  EXPECT_EQ(motion.center[0], center.x);
+  EXPECT_EQ(motion.center[1], center.y);
+}
+
+TEST(MotionEstimate, HomographyIsRecoveredBesideOutliers) {
+  std::mt19937 random(73);
+  std::normal_distribution<double> noise(0.0, 0.2);
+  Eigen::Matrix3d truth;
+  truth << 1.02, -0.04, 12.0, 0.05, 0.97, -8.0, 3e-5, -2e-5, 1.0;
+  const Points from = randomPoints(random, 200);
+  Points to = moved(from, [&](const SVec2d& p) { return mapped(truth, p); });
+  for (SVec2d& p : to) p = {p.x + noise(random), p.y + noise(random)};
+  for (int i = 0; i < 200; i += 20) to[i] = {to[i].x + 60.0, to[i].y - 45.0};
+
+  const MotionEstimate motion = MotionEstimate::estimate(from, to, {});
+  ASSERT_TRUE(motion.isValid());
+  EXPECT_EQ(motion.points, 200);
+  EXPECT_GE(motion.outlierRows, 20);
+  EXPECT_GT(motion.meanResidual, 3.0);
+  EXPECT_LT(motion.meanInlierResidual, 0.35);
+  for (const SVec2d& p : {SVec2d(0, 0), SVec2d(320, 240), SVec2d(640, 480)})
+    expectNear(motion.apply(p), mapped(truth, p), 0.3);
+
+  // All figures are those of the inverse of the stored matrix, scaled to a last element of 1.
+  using RowMajor = Eigen::Matrix<double, 3, 3, Eigen::RowMajor>;
+  Eigen::Matrix3d g = Eigen::Matrix3d(Eigen::Map<const RowMajor>(motion.matrix)).inverse();
+  g /= g(2, 2);
+  EXPECT_NEAR(motion.translation, std::hypot(g(0, 2), g(1, 2)), 1e-9);
+  EXPECT_NEAR(motion.rotation, -std::atan2(g(0, 1), g(0, 0)), 1e-9);
+  EXPECT_NEAR(motion.deviation, (g - Eigen::Matrix3d::Identity()).norm(), 1e-9);
+  EXPECT_NEAR(motion.scale, Eigen::Matrix2d(g.topLeftCorner<2, 2>()).jacobiSvd().singularValues().mean(), 1e-9);
+}
+
+TEST(MotionEstimate, PairsWithoutWeightDoNotCount) {
+  std::mt19937 random(74);
+  const Points from = randomPoints(random, 40);
+  Points to = moved(from, [](const SVec2d& p) { return SVec2d(p.x * 1.1 + 4.0, p.y * 1.1 - 1.0); });
+  std::vector<double> weights(40, 2.0);
+  for (int i = 0; i < 15; ++i) {
+    to[i] = {500.0 - to[i].x, 3.0 * to[i].y};
+    weights[i] = 0.0;
+  }
+  const MotionEstimate motion = MotionEstimate::estimate(from, to, weights);
+  expectNear(motion.apply(SVec2d(100, 100)), {114.0, 109.0}, 1e-6);
+  EXPECT_GT(motion.meanResidual, 10.0);
+}
+
+TEST(MotionEstimate, CentreIsComputedWhenItIsTooLargeToBeOne) {
+  const Points to = moved(fivePoints, [](const SVec2d& p) { return SVec2d(p.x * 1.2, p.y + 0.1 * p.x); });
+  const MotionEstimate expected = MotionEstimate::estimate(fivePoints, to, {});
+  EXPECT_DOUBLE_EQ(expected.center[0], (142.0 + 142.0 * 1.2) / 2.0);
+  EXPECT_DOUBLE_EQ(expected.center[1], (124.0 + 124.0 + 14.2) / 2.0);
+  for (const SVec2d& center : {SVec2d(FLT_MAX, 0.0), SVec2d(0.0, FLT_MAX), SVec2d(DBL_MAX, DBL_MAX)}) {
+    const MotionEstimate motion = MotionEstimate::estimate(fivePoints, to, {}, center);
+    EXPECT_EQ(motion.center[0], expected.center[0]);
+    EXPECT_EQ(motion.deviation, expected.deviation);
+  }
+  const double below = std::nextafter(static_cast<double>(FLT_MAX), 0.0);
+  EXPECT_NE(MotionEstimate::estimate(fivePoints, to, {}, SVec2d(below, 0.0)).center[0], expected.center[0]);
+}
+
+TEST(MotionEstimate, FloatsGiveWhatTheSameDoublesGive) {
+  std::mt19937 random(75);
+  std::vector<cv::Vec2f> from, to;
+  Points from64, to64;
+  for (const SVec2d& p : randomPoints(random, 30)) {
+    from.emplace_back(static_cast<float>(p.x), static_cast<float>(p.y));
+    to.emplace_back(static_cast<float>(p.x * 0.9 + 7.0), static_cast<float>(p.y * 0.9));
+    from64.emplace_back(from.back()[0], from.back()[1]);
+    to64.emplace_back(to.back()[0], to.back()[1]);
+  }
+  const MotionEstimate motion = MotionEstimate::estimate(from, to, {});
+  const MotionEstimate expected = MotionEstimate::estimate(from64, to64, {});
+  for (int i = 0; i < 9; ++i) EXPECT_EQ(motion.matrix[i], expected.matrix[i]);
+  EXPECT_EQ(motion.meanInlierResidual, expected.meanInlierResidual);
+}
+
+TEST(MotionEstimate, NoMotion) {
+  const double bad[] = {std::nan(""), std::numeric_limits<double>::infinity(), 1e200};
+  const Points four(fivePoints.begin(), fivePoints.begin() + 4), equal(8, SVec2d(5.0, 5.0));
+  expectNoMotion(MotionEstimate());
+  expectNoMotion(MotionEstimate::estimate(Points(), Points(), {}));
+  expectNoMotion(MotionEstimate::estimate(four, four, {}));
+  expectNoMotion(MotionEstimate::estimate(fivePoints, four, {}));
+  expectNoMotion(MotionEstimate::estimate(four, four, {1.0}));  // weights are looked at only when the lists fit
+  expectNoMotion(MotionEstimate::estimate(equal, equal, {}));
+  for (const double value : bad) {
+    Points to = fivePoints;
+    to[2].y = value;
+    expectNoMotion(MotionEstimate::estimate(fivePoints, to, {}));
+    expectNoMotion(MotionEstimate::estimate(to, fivePoints, {}, SVec2d(0.0, 0.0)));
+    expectNoMotion(MotionEstimate::estimate(fivePoints, fivePoints, {1.0, 1.0, value * value, 1.0, 1.0}));
+  }
+  MotionEstimate motion = MotionEstimate::estimate(fivePoints, fivePoints, {});
+  ASSERT_TRUE(motion.isValid());
+  motion.reset();
+  expectNoMotion(motion);
+}
+
+// Whatever comes out of a degenerate fit: it ends, and it is finite or not valid.
+TEST(MotionEstimate, DegeneratePointsEnd) {
+  Points line, far;
+  for (int i = 0; i < 12; ++i) {
+    line.emplace_back(10.0 * i, 20.0 * i + 3.0);
+    far.emplace_back(1e30 * (i % 4), 1e30 * (i / 4));
+  }
+  for (const Points& points : {line, far}) {
+    const MotionEstimate motion = MotionEstimate::estimate(points, points, {});
+    EXPECT_FALSE(std::isnan(motion.deviation));
+  }
+}
+
+TEST(MotionEstimate, RefusesWeightsOfAnotherLength) {
+  for (const std::size_t count : {1, 4, 6})
+    EXPECT_EQ(thrownText<std::invalid_argument>(
+                  [&] { MotionEstimate::estimate(fivePoints, fivePoints, std::vector<double>(count, 1.0)); }),
+              "MotionEstimate::estimate: weights: " + std::to_string(count) + " weights given, none or 5 expected");
+}
+
+TEST(MotionEstimate, AppliesElevenNumbers) {
+  const double matrixAndCenter[] = {2, 0, 1, 0, 3, -1, 0.5, 0, 1, 10, 20};
+  EXPECT_EQ(MotionEstimate::apply(matrixAndCenter, SVec2d(12.0, 21.0)), SVec2d(10.0 + 5.0 / 2.0, 20.0 + 2.0 / 2.0));
+  EXPECT_EQ(MotionEstimate::apply(nullptr, SVec2d(12.0, 21.0)), SVec2d(12.0, 21.0));
+  EXPECT_EQ(MotionEstimate::motionQ(), 3.5);
+}
+
+}  // namespace
