@@ -27,10 +27,10 @@ namespace MirelAlgorithms {
 ///                     descriptors are not handed out; without effect for other values
 /// @return             true, or the result of the step that was called
 ///
-/// Errors leave `features` as it was, but for those of the fixed-point pipeline. `std::invalid_argument`: another kind
-/// of image, cells below 1 or above the image's rows or columns. Errors of `retrieveFeaturesFPGA` and
-/// `retrieveDescriptors` and OpenCV's own are passed on; among those is the region error of images so small that their
-/// remainder of columns or rows counts as one more cell (11 columns in 3 cells).
+/// Errors leave `features` as it was. `std::invalid_argument`: another kind of image, cells below 1 or above the
+/// image's rows or columns. Errors of `retrieveFeaturesFPGA` and `retrieveDescriptors` and OpenCV's own are passed on;
+/// among those is the region error of images so small that their remainder of columns or rows counts as one more cell
+/// (11 columns in 3 cells).
 ///
 /// Any number of threads on their own outputs. Cost of 1 and 2: one run of the detector on the whole image per cell.
 MIREL_API bool retrieveFeatures(const cv::Mat& image, cv::Mat& features, SmartPtr<AttrContainer> settings,
