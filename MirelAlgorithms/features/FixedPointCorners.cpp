@@ -112,12 +112,21 @@ cv::Mat scaled(const cv::Mat& map, double factor) {
   return result;
 }
 
-std::vector<cv::KeyPoint> select(const std::vector<cv::KeyPoint>& candidates, const cv::Mat& image,
-                                 const SearchSettings& settings) {
-  const CellGrid grid{settings.cells, image.rows, image.cols};
+cv::Mat select(const std::vector<cv::KeyPoint>& candidates, const cv::Size& image, const SearchSettings& settings) {
+  const CellGrid grid{settings.cells, image.height, image.width};
   const std::int64_t budget = settings.budget;
   const double threshold = settings.autoThreshold ? automaticThreshold(candidates, grid, 8 * budget) : 0.0;
-  return selectPerCell(candidates, grid, budget, threshold);
+  return toFeatureMatrix(selectPerCell(candidates, grid, budget, threshold));
+}
+
+/// Features of a response map times a factor; that product is handed out where `normalised` is not null.
+cv::Mat featuresOf(const cv::Mat& response, double factor, const SearchSettings& settings, cv::Mat* normalised) {
+  const MaximumTest test = maximumTest(settings.maximumTest);
+  if (!normalised && response.depth() == CV_32F && factor > 0.0)  // the search scales what it needs
+    return select(findCandidates(response, factor, test), response.size(), settings);
+  const cv::Mat map = scaled(response, factor);
+  if (normalised) *normalised = map;
+  return select(findCandidates(map, 1.0, test), map.size(), settings);
 }
 
 }  // namespace
@@ -132,21 +141,14 @@ bool retrieveFeaturesFPGA(const cv::Mat& image, cv::Mat& features, SmartPtr<Attr
   const double largest = makeResponse(work, corner, response.matrix);
   if (corner.search.dumpResponse) dump(response.matrix, corner);
 
-  cv::Mat map = response.matrix;
-  if (largest == 0.0) {  // a flat image: no maximum to divide by, and no corners
-    features.release();
-    if (eigenImage) *eigenImage = cv::Mat::zeros(map.size(), CV_32FC1);
-    return true;
-  }
+  cv::Mat found, map;
+  if (largest != 0.0)
+    found = featuresOf(response.matrix, 1.0 / largest, corner.search, eigenImage ? &map : nullptr);
+  else if (eigenImage)  // a flat image has no maximum to divide by, and no corners
+    map = cv::Mat::zeros(work.size(), CV_32FC1);
 
-  double factor = 1.0 / largest;
-  if (eigenImage || map.depth() != CV_32F || factor < 0.0) {  // else the search scales what it needs
-    map = scaled(map, factor);
-    factor = 1.0;
-    if (eigenImage) *eigenImage = map;
-  }
-  const auto candidates = findCandidates(map, factor, maximumTest(corner.search.maximumTest));
-  features = toFeatureMatrix(select(candidates, work, corner.search));
+  features = found;
+  if (eigenImage) *eigenImage = map;
   return true;
 }
 

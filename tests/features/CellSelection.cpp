@@ -31,10 +31,11 @@ TEST(SelectPerCell, belowTheThresholdUpToAThirdOfTheQuotaIsExceeded) {
   KeyPoints sorted;
   for (int i = 0; i < 20; ++i) sorted.push_back(at(5, 5, 1.0f - 0.01f * i));
   const CellGrid grid{1, 100, 100};
-  EXPECT_EQ(selectPerCell(sorted, grid, 7, 2.0).size(), 3u);    // counts 0, 1, 2 are at most 7 / 3
-  EXPECT_EQ(selectPerCell(sorted, grid, 9, 2.0).size(), 4u);    //
-  EXPECT_EQ(selectPerCell(sorted, grid, 9, 0.945).size(), 6u);  // 1.00 to 0.95 reach it
-  EXPECT_EQ(selectPerCell(sorted, grid, 9, 0.0).size(), 9u);    //
+  EXPECT_EQ(selectPerCell(sorted, grid, 7, 2.0).size(), 3u);                 // counts 0, 1, 2 are at most 7 / 3
+  EXPECT_EQ(selectPerCell(sorted, grid, 9, 2.0).size(), 4u);                 //
+  EXPECT_EQ(selectPerCell(sorted, grid, 9, 0.945).size(), 6u);               // 1.00 to 0.95 reach it
+  EXPECT_EQ(selectPerCell(sorted, grid, 9, 0.0).size(), 9u);                 //
+  EXPECT_EQ(selectPerCell(sorted, grid, 9, sorted[6].response).size(), 7u);  // equal is enough
   for (cv::KeyPoint& k : sorted) k.response -= 2.0f;
   EXPECT_EQ(selectPerCell(sorted, grid, 9, 0.0).size(), 4u);  // negative responses do not reach 0
 }
@@ -64,6 +65,7 @@ TEST(AutomaticThreshold, isTheMeanOfTheStrongHalf) {
   const KeyPoints sorted = {at(5, 5, 8), at(5, 6, 6), at(5, 7, 4), at(5, 8, 2), at(5, 9, 1)};
   EXPECT_EQ(automaticThreshold(sorted, {1, 100, 100}, 4), 7.0);
   EXPECT_EQ(automaticThreshold(sorted, {1, 100, 100}, 2), 8.0);
+  EXPECT_EQ(automaticThreshold({at(5, 5, 3), at(5, 6, 3), at(5, 7, 3)}, {1, 100, 100}, 4), 3.0);  // equal is enough
   // Quotas: of two cells a side each takes one of 4, and none of half as many.
   EXPECT_EQ(automaticThreshold(sorted, {2, 100, 100}, 4), 0.0);
   for (const int budget : {0, -4}) EXPECT_EQ(automaticThreshold(sorted, {1, 100, 100}, budget), 0.0);

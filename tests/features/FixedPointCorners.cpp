@@ -53,7 +53,7 @@ Result detect(const cv::Mat& image, const Container& settings) {
   cv::Mat withoutMap;
   EXPECT_TRUE(retrieveFeaturesFPGA(image, withoutMap, settings, nullptr));
   EXPECT_EQ(withoutMap.rows, result.features.rows);
-  if (!withoutMap.empty()) EXPECT_EQ(std::memcmp(withoutMap.data, result.features.data, withoutMap.total() * 20), 0);
+  EXPECT_TRUE(withoutMap.empty() || std::memcmp(withoutMap.data, result.features.data, withoutMap.total() * 20) == 0);
   return result;
 }
 
@@ -144,7 +144,7 @@ TEST(FixedPointCorners, sizesAroundTheSmallestWithFeatures) {
         cv::Mat image = cornerScene(rows, cols, 5);
         if (rows > 1 && cols > 1) expectDefinition(image, literal::Settings(), fixedPoint);
         const Result result = detect(image, plainSettings(fixedPoint));
-        if (rows < 17 || cols < 17) EXPECT_TRUE(result.features.empty());
+        EXPECT_TRUE(result.features.empty() || (rows >= 17 && cols >= 17));
       }
 }
 
@@ -264,9 +264,9 @@ TEST(FixedPointCorners, extremeSettings) {
     const wchar_t* key;
     int value;
     bool found;
-  } cases[] = {{L"FBMnCells", huge, false},        {L"FBMnFeatures", huge, true},     {L"FBMnFeatures", -huge, false},
-               {L"FBMBlockSize", 255, true},       {L"FBMLumaLeftShift", 504, false}, {L"FBMSobelWidthOut", 512, false},
-               {L"FBMGradMultWidthOut", 1, false}, {L"FBMEnhancement", -huge, true}};
+  } cases[] = {{L"FBMnCells", huge, false},       {L"FBMnFeatures", huge, true},     {L"FBMnFeatures", -huge, false},
+               {L"FBMLumaLeftShift", 504, false}, {L"FBMSobelWidthOut", 512, false}, {L"FBMGradMultWidthOut", 1, false},
+               {L"FBMEnhancement", -huge, true}};
   for (const auto& c : cases)
     for (const bool automatic : {false, true}) {
       const Container settings = plainSettings(true);

@@ -33,7 +33,9 @@ TEST(FixedPointStages, shiftsOfOtherWidths) {
   widths.lumaShift = 12;  // the luma's width goes on growing
   EXPECT_EQ(fixedPointStages(response, widths).sobelShift, 9);
   widths.lumaShift = -7;
+  widths.sobelWidth = 1;  // 1 * 48 against 1
   EXPECT_EQ(fixedPointStages(response, widths).lumaWidth, 1);
+  EXPECT_EQ(fixedPointStages(response, widths).sobelShift, 6);
 }
 
 TEST(FixedPointStages, logsEveryStage) {

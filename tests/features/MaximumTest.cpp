@@ -4,6 +4,7 @@
 #include <cmath>
 #include <opencv2/core.hpp>
 #include <stdexcept>
+#include <tuple>
 
 #include "support/ThrownText.h"
 
@@ -67,6 +68,16 @@ TEST(WeightedMaximum, needsAMarginThatGrowsWithTheDistance) {
         }
       }
   }
+}
+
+TEST(WeightedMaximum, ofADetectorRun) {
+  Peak peak(7);
+  for (const auto& [dy, dx, margin] : {std::tuple(-3, 3, 3), std::tuple(0, -2, 2), std::tuple(1, 2, 1)})
+    for (const double more : {-1.0, 0.0}) {
+      peak.at(dy, dx) = static_cast<float>(1.0 - (margin + more / 256) / 4096.0);
+      EXPECT_EQ(isMaximum(peak.map, 5, 4, MaximumTest::weighted), more == 0.0);
+      peak.at(dy, dx) = 0.0f;
+    }
 }
 
 TEST(WeightedMaximum, takesOneOfTwoEqualNeighbours) {

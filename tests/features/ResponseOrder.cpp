@@ -19,8 +19,8 @@ TEST(ResponseOrder, agreesWithAComparisonSort) {
       const bool plain = random.uniform(0, 3) != 0;
       const float response = plain ? static_cast<float>(random.gaussian(1.0))
                                    : special[random.uniform(0, static_cast<int>(special.size()))];
-      keyPoints.emplace_back(random.uniform(0.0f, 40.0f), static_cast<float>(random.uniform(0, 40)), 15.0f,
-                             static_cast<float>(i), response);
+      const float y = static_cast<float>(random.uniform(0, 40));
+      keyPoints.emplace_back(random.uniform(0.0f, 40.0f), y, 15.0f, static_cast<float>(i), response);
     }
     std::vector<cv::KeyPoint> expected = keyPoints;
     std::sort(expected.begin(), expected.end(), [](const cv::KeyPoint& a, const cv::KeyPoint& b) {

@@ -103,8 +103,8 @@ class BandSearch {
   /// Keeps the maximum at (x, y) when its fit's extremum is near.
   void add(int x, int y, const QuadraticFit& fit) {
     const QuadraticFit::Point offset = fit.extremum();
-    const auto near = [](double d) { return -farthestOffset < d && d < farthestOffset; };
-    if (!near(offset.x) || !near(offset.y)) return;
+    const auto isNear = [](double d) { return -farthestOffset < d && d < farthestOffset; };
+    if (!isNear(offset.x) || !isNear(offset.y)) return;
 
     const double peak = fit.value(offset);
     found_.peak = std::max(found_.peak, peak);

@@ -11,7 +11,7 @@ namespace MirelAlgorithms {
 
 /// out[x] = float(double(in[x]) * factor).
 template <class T>
-void scaleRow(const T* in, float* out, int n, double factor) {
+void scaleRow(const T* __restrict in, float* __restrict out, int n, double factor) {
   for (int x = 0; x < n; ++x) out[x] = static_cast<float>(in[x] * factor);
 }
 

@@ -19,10 +19,15 @@ int syncRescaleFpga(std::vector<int>& values, int numBits);
 ///     s = common shift of xx, yy, xy to `inWidth`
 ///     v = round(xx + yy - sqrt(4 xy^2 + (xx - yy)^2)) * 2^s     0 when that is not positive
 ///
-/// @param xx, yy, xy  CV_32SC1 of one size, else `std::invalid_argument`
-/// @param out         CV_32SC1: v, at most 2^outWidth - 1; a width of 32 uses the sign bit as a value bit
-/// @param inWidth     2 to 31; @param outWidth 1 to 32, else `std::invalid_argument`
-/// @return            largest v before saturation, 0 for no pixels
+/// @param xx        CV_32SC1
+/// @param yy        same type and size
+/// @param xy        same type and size
+/// @param out       CV_32SC1: v, at most 2^outWidth - 1; a width of 32 uses the sign bit as a value bit
+/// @param inWidth   2 to 31
+/// @param outWidth  1 to 32
+/// @return          largest v before saturation, 0 for no pixels
+///
+/// Everything else: `std::invalid_argument`, `out` untouched.
 double calcMinEigenValue(const cv::Mat& xx, const cv::Mat& yy, const cv::Mat& xy, cv::Mat& out, int inWidth,
                          int outWidth);
 
