@@ -167,7 +167,7 @@ class FeaturesCommand : public Command {
     report.pictures = {
         {"Circles as wide as the features, coloured by response; numbers: features in the cell", reportJpeg(overlay)}};
     const std::string picture = summaryLine("picture", session.folder().shownPath("overlay.png"));
-    session.finish(std::move(report), inputs, summaryText(result, session.clock()) + picture);
+    session.finish(report, inputs, summaryText(result, session.clock()) + picture);
     if (!features.keyPoints.empty()) return success;
     fmt::print(stderr, "mirel features: {}: {} features found, {} with a descriptor\n", features.frame.name,
                features.found, features.keyPoints.size());

@@ -14,7 +14,7 @@ namespace {
 
 nlohmann::json replay(CLI::App& app, const RunOptions& options) {
   if (options.config.empty()) return nullptr;
-  const nlohmann::json record = readRunRecord(options.config);
+  nlohmann::json record = readRunRecord(options.config);
   replayOptions(app, record, options.config);
   return record;
 }
@@ -44,7 +44,7 @@ OutputFolder& Session::folder() {
   return *folder_;
 }
 
-void Session::finish(Report report, const std::vector<InputFile>& inputs, const std::string& summary,
+void Session::finish(Report& report, const std::vector<InputFile>& inputs, const std::string& summary,
                      const std::string& numberedPrefix) {
   const RunRecord record{app_.get_name(), recordedOptions(app_), inForce_, inputs};
   if (!replayed_.is_null()) warnAboutChangedInputs(replayed_, inputs);

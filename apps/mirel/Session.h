@@ -30,8 +30,9 @@ class Session {
   const StagedFile& stageFile(const std::string& target) { return *files_.emplace_back(new StagedFile(target)); }
 
   /// Writes `run.json` and the report, moves everything to its place, and shows the result: as JSON, or as summary.
+  /// @param report          complete but for the run record, which is filled in
   /// @param numberedPrefix  see `OutputFolder::commit`
-  void finish(Report report, const std::vector<InputFile>& inputs, const std::string& summary,
+  void finish(Report& report, const std::vector<InputFile>& inputs, const std::string& summary,
               const std::string& numberedPrefix = {});
 
  private:

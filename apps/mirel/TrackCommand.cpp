@@ -25,12 +25,6 @@ using MirelAlgorithms::FBMFilterMode;
 const std::map<std::string, FBMFilterMode> modes = {
     {"narrow", MirelAlgorithms::Narrow}, {"wide", MirelAlgorithms::Wide}, {"exhaustive", MirelAlgorithms::Exhaustive}};
 
-std::vector<std::string> modeNames() {
-  std::vector<std::string> names;
-  for (const auto& [name, mode] : modes) names.push_back(name);
-  return names;
-}
-
 struct TrackOptions {
   std::vector<std::string> frames;
   std::string mode = "narrow";
@@ -155,7 +149,7 @@ class TrackCommand : public Command {
         ->type_name("FRAME...");
     app.add_option("--mode", options_.mode,
                    "narrow: within 120 px, strict; wide: within 400 px, less strict; exhaustive: every pair")
-        ->check(oneOf(modeNames()))
+        ->check(oneOf({"narrow", "wide", "exhaustive"}))
         ->type_name("MODE")
         ->capture_default_str();
     app.add_option("--every", options_.choice.every, "take every N-th frame")
@@ -184,7 +178,7 @@ class TrackCommand : public Command {
     session.folder().write("motion.json", jsonText(report.result));
     const std::string summary =
         summaryText(result, session.clock()) + summaryLine("pictures", picturesText(session, result.pairs.size() == 1));
-    session.finish(std::move(report), frames->inputs(), summary, "matches_");
+    session.finish(report, frames->inputs(), summary, "matches_");
     if (result.matchedPairs() > 0) return success;
     const PairResult& pair = result.pairs.front();
     fmt::print(stderr, "mirel track: no match from {} to {}: {}\n", pair.nameFrom, pair.nameTo, pair.reason);
@@ -193,7 +187,7 @@ class TrackCommand : public Command {
 
  private:
   std::string picturesText(Session& session, bool onePair) const {
-    const std::string tracks = session.folder().shownPath("tracks.png");
+    std::string tracks = session.folder().shownPath("tracks.png");
     if (options_.pictures == 0) return tracks;
     return session.folder().shownPath(onePair ? "matches_0001.png" : "matches_*.png") + ", " + tracks;
   }

@@ -82,7 +82,7 @@ cv::Mat decodeImage(const std::string& name, std::string_view bytes) {
     checkPixels(name, header->width, header->height);
     if (!header->complete) throw UsageError(name + ": the image ends too early, a whole file expected");
   }
-  const cv::Mat grey = bytes.size() <= INT_MAX ? decodeQuietly(bytes) : cv::Mat();
+  cv::Mat grey = bytes.size() <= INT_MAX ? decodeQuietly(bytes) : cv::Mat();
   if (grey.empty()) throw UsageError(name + ": not an image that can be read (PNG, JPEG, TIFF, BMP, PNM, WebP, ...)");
   checkPixels(name, grey.cols, grey.rows);
   return grey;

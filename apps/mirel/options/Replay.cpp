@@ -2,6 +2,8 @@
 
 #include "Errors.h"
 
+#include <fmt/format.h>
+
 #include <array>
 #include <fstream>
 
@@ -33,7 +35,7 @@ nlohmann::json recordedOptions(const CLI::App& app) {
 nlohmann::json readRunRecord(const std::string& file) {
   std::ifstream stream(file, std::ios::binary);
   if (!stream) throw UsageError("--config " + file + ": cannot be read, the run.json of an earlier run expected");
-  const nlohmann::json record = nlohmann::json::parse(stream, nullptr, false);
+  nlohmann::json record = nlohmann::json::parse(stream, nullptr, false);
   const bool fits = record.is_object() && record.value("schema", nlohmann::json()) == 1 &&
                     record.value("command", nlohmann::json()).is_string() &&
                     record.value("options", nlohmann::json()).is_object();
@@ -43,8 +45,8 @@ nlohmann::json readRunRecord(const std::string& file) {
 
 void replayOptions(CLI::App& app, const nlohmann::json& record, const std::string& file) {
   if (record["command"] != app.get_name()) {
-    throw UsageError("--config " + file + ": records a run of '" + record["command"].get<std::string>() +
-                     "', not of '" + app.get_name() + "'");
+    throw UsageError(fmt::format("--config {}: records a run of '{}', not of '{}'", file,
+                                 record["command"].get<std::string>(), app.get_name()));
   }
   const nlohmann::json& options = record["options"];
   for (CLI::Option* option : app.get_options()) {
@@ -54,7 +56,7 @@ void replayOptions(CLI::App& app, const nlohmann::json& record, const std::strin
       option->add_result(options[name].get<std::vector<std::string>>());
       option->run_callback();
     } catch (const nlohmann::json::exception&) {
-      throw UsageError("--config " + file + ": option '" + name + "' should be a list of texts");
+      throw UsageError(fmt::format("--config {}: option '{}' should be a list of texts", file, name));
     }
   }
 }

@@ -64,6 +64,7 @@ void store(AttrContainer& container, const String& key, auto value) { container.
 
 std::vector<std::string> allKeys(const std::vector<SettingInfo>& catalogue) {
   std::vector<std::string> keys;
+  keys.reserve(catalogue.size());
   for (const SettingInfo& info : catalogue) keys.push_back(narrow(info.key));
   return keys;
 }

@@ -30,6 +30,7 @@ const std::vector<PairNumber>& motionNumbers() {
 
 std::vector<double> numbersOf(const std::vector<PairResult>& pairs, const PairNumber& number) {
   std::vector<double> values;
+  values.reserve(pairs.size());
   for (const PairResult& pair : pairs) values.push_back(number.of(pair));
   return values;
 }
