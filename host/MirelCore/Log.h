@@ -27,7 +27,8 @@ HOST_API void log(const char* file, unsigned line, const char* function, int lev
 /// From now on lines up to `maxLevel` are wanted. Silent until this is called.
 HOST_API void setLogLevel(int maxLevel);
 
-/// Where lines go; an empty function restores standard error. A sink may log and may replace the sink itself.
+/// Where lines go; an empty function restores standard error (as UTF-8). A sink may log, up to eight lines deep, and
+/// may replace the sink itself.
 HOST_API void setLogSink(std::function<void(const LogRecord&)> sink);
 
 }  // namespace MirelCore

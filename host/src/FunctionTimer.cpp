@@ -24,7 +24,8 @@ FunctionTimer::FunctionTimer(const char* format, ...) : start_(std::chrono::stea
 FunctionTimer::~FunctionTimer() {
   if (name_.empty() || !shouldLog(timingLevel)) return;
   const std::chrono::duration<double, std::milli> elapsed = std::chrono::steady_clock::now() - start_;
-  log("FunctionTimer", 0, name_.c_str(), timingLevel, L"%hs: %.3f ms", name_.c_str(), elapsed.count());
+  log("FunctionTimer.cpp", __LINE__, "MirelCore::FunctionTimer", timingLevel, L"%hs: %.3f ms", name_.c_str(),
+      elapsed.count());
 }
 
 }  // namespace MirelCore
