@@ -47,8 +47,9 @@ struct WorstCase {
 
   /// Doublings of 2^(bits - 1) - 1 that reach every block sum.
   int eigenSteps(int bits) const {
+    const double most = std::ldexp(1.0, bits - 1) - 1.0;
     int steps = 0;
-    for (double limit = std::ldexp(1.0, bits - 1) - 1.0; limit < block; limit *= 2.0) ++steps;
+    while (std::ldexp(most, steps) < block) ++steps;
     return steps;
   }
 };

@@ -8,6 +8,7 @@
 namespace MirelAlgorithms {
 namespace {
 
+/// Every line is flushed: after a crash in a later stage the file shows how far this one came.
 template <class T>
 void writeElements(const cv::Mat& matrix, std::ostream& stream) {
   for (int y = 0; y < matrix.rows; ++y)
