@@ -87,34 +87,30 @@ nlohmann::json resultJson(const FrameFeatures& features, int cells, const StageC
           {"milliseconds", milliseconds}};
 }
 
-Report makeReport(const nlohmann::json& result, const FrameFeatures& features) {
-  Report report;
-  report.command = "mirel features";
-  const int kept = result["kept"], least = result["least_per_cell"], most = result["most_per_cell"];
-  const int cells = result["cells_per_side"];
-  report.title = fmt::format("{} features in {}", kept, features.frame.name);
-  if (kept == 0) {
-    report.verdict = Verdict::bad;
-    report.sentence = "No result: no feature was found.";
-  } else if (cells > 0 && least == 0) {
-    report.verdict = Verdict::weak;
-    report.sentence = "Some cells of the grid have no feature: the image has too little texture there.";
-  } else {
-    report.sentence = "Good: features all over the image.";
+ReportAnswer judge(const nlohmann::json& result, const std::string& image) {
+  const std::string title = fmt::format("{} features in {}", result["kept"].get<int>(), image);
+  if (result["kept"] == 0) return {title, Verdict::bad, "No result: no feature was found."};
+  if (result["cells_per_side"] > 0 && result["least_per_cell"] == 0) {
+    return {title, Verdict::weak,
+            "Weak: some cells of the grid have no feature; the image has too little texture there."};
   }
+  return {title, Verdict::good, "Good: features all over the image."};
+}
+
+std::vector<ReportFact> facts(const nlohmann::json& result) {
+  const auto number = [&](const char* name) { return result[name].dump(); };
   const auto milliseconds = [&](const char* stage) {
     return fmt::format("{:.1f} ms", result["milliseconds"].value(stage, 0.0));
   };
-  report.facts = {{"Found", fmt::format("{}", features.found), "within the budget"},
-                  {"Kept", fmt::format("{}", kept), "with a descriptor"},
-                  {"Dropped", fmt::format("{}", features.found - kept), "by the descriptor"},
-                  {"Per cell", fmt::format("{} to {}", least, most), fmt::format("grid of {0} x {0}", cells)},
-                  {"Descriptor", fmt::format("{} bytes", features.descriptors.cols), ""},
-                  {"Image", fmt::format("{} x {}", features.frame.grey.cols, features.frame.grey.rows), "pixels"},
-                  {"Features", milliseconds("features"), ""},
-                  {"Descriptors", milliseconds("descriptors"), ""}};
-  report.result = result;
-  return report;
+  return {{"Found", number("found"), "within the budget"},
+          {"Kept", number("kept"), "with a descriptor"},
+          {"Dropped", number("dropped_by_descriptor"), "by the descriptor"},
+          {"Per cell", number("least_per_cell") + " to " + number("most_per_cell"),
+           fmt::format("grid of {0} x {0}", number("cells_per_side"))},
+          {"Descriptor", number("descriptor_bytes") + " bytes", ""},
+          {"Image", number("width_px") + " x " + number("height_px"), "pixels"},
+          {"Features", milliseconds("features"), ""},
+          {"Descriptors", milliseconds("descriptors"), ""}};
 }
 
 std::string summaryText(const nlohmann::json& result, const StageClock& clock) {
@@ -163,9 +159,16 @@ class FeaturesCommand : public Command {
     writeCsv(session, features);
     if (!descriptors_.empty()) writeDescriptors(session.stageFile(descriptors_).path(), descriptors_, features);
     const nlohmann::json result = resultJson(features, cells, session.clock());
-    Report report = makeReport(result, features);
-    report.pictures = {
-        {"Circles as wide as the features, coloured by response; numbers: features in the cell", reportJpeg(overlay)}};
+    Report report = {
+        .command = "mirel features",
+        .answer = judge(result, features.frame.name),
+        .facts = facts(result),
+        .pictures = {{"Circles as wide as the features, coloured by response; numbers: features in the cell",
+                      reportJpeg(overlay)}},
+        .charts = {},
+        .tables = {},
+        .result = result,
+        .run = {}};
     const std::string picture = summaryLine("picture", session.folder().shownPath("overlay.png"));
     session.finish(report, inputs, summaryText(result, session.clock()) + picture);
     if (!features.keyPoints.empty()) return success;

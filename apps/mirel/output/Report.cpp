@@ -164,10 +164,10 @@ std::string Report::html() const {
   constexpr const char* levels[] = {"good", "weak", "bad"};
   const std::vector<ReportChart> drawable = page::library.empty() ? std::vector<ReportChart>() : charts;
   const nlohmann::json data = {{"schema", 1}, {"result", result}, {"run", run}, {"charts", chartsJson(drawable)}};
-  return fill(page::html, {{"title", escape(title)},
+  return fill(page::html, {{"title", escape(answer.title)},
                            {"command", escape(command)},
-                           {"level", levels[static_cast<int>(verdict)]},
-                           {"verdict", escape(sentence)},
+                           {"level", levels[static_cast<int>(answer.verdict)]},
+                           {"verdict", escape(answer.sentence)},
                            {"facts", factsHtml(facts)},
                            {"pictures", picturesHtml(pictures)},
                            {"charts", chartsHtml(drawable)},

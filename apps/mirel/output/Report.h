@@ -33,11 +33,15 @@ struct ReportTable {
   std::vector<std::vector<std::string>> rows;
 };
 
+struct ReportAnswer {
+  std::string title;  ///< the answer
+  Verdict verdict;
+  std::string sentence;  ///< what to think of it
+};
+
 struct Report {
   std::string command;  ///< "mirel track"
-  std::string title;    ///< the answer
-  Verdict verdict = Verdict::good;
-  std::string sentence;  ///< what to think of it
+  ReportAnswer answer;
   std::vector<ReportFact> facts;
   std::vector<ReportPicture> pictures;
   std::vector<ReportChart> charts;

@@ -15,40 +15,34 @@ using nlohmann::json;
 
 constexpr double goodShare = 0.5;  // of the matches should agree with one image motion
 
-void judgeOnePair(const PairResult& pair, Report& report) {
-  report.title = pair.matched ? fmt::format("{} matches", pair.matchCount) : "No match";
-  if (!pair.matched) {
-    report.verdict = Verdict::bad;
-    report.sentence = "No result: " + pair.reason;
-    return;
-  }
+ReportAnswer judgeOnePair(const PairResult& pair) {
+  if (!pair.matched) return {"No match", Verdict::bad, "No result: " + pair.reason};
+  std::string title = fmt::format("{} matches", pair.matchCount);
+  if (pair.motion.valid) title += fmt::format(", the image moved by {:.2f} px", motionNumbers()[0].of(pair));
   const bool good = inlierShare(pair) >= goodShare;
-  if (pair.motion.valid) {
-    report.title += fmt::format(", the image moved by {:.2f} px", motionNumbers()[0].of(pair));
-  }
-  report.verdict = good ? Verdict::good : Verdict::weak;
-  report.sentence = fmt::format("{}: {} of {} matches agree with one image motion{}.", good ? "Good" : "Weak",
-                                pair.inliers, pair.matchCount,
-                                good ? "" : "; different depths, moving things or repeated texture can be the cause");
+  return {title, good ? Verdict::good : Verdict::weak,
+          fmt::format("{}: {} of {} matches agree with one image motion{}.", good ? "Good" : "Weak", pair.inliers,
+                      pair.matchCount,
+                      good ? "" : "; different depths, moving things or repeated texture can be the cause")};
 }
 
-void judgeSequence(const TrackResult& result, Report& report) {
+ReportAnswer judgeSequence(const TrackResult& result) {
   const int matched = result.matchedPairs(), pairs = static_cast<int>(result.pairs.size());
-  report.title = fmt::format("{} of {} frame pairs matched", matched, pairs);
+  const std::string title = fmt::format("{} of {} frame pairs matched", matched, pairs);
   const auto failed = std::find_if(result.pairs.begin(), result.pairs.end(), [](const auto& p) { return !p.matched; });
   if (failed != result.pairs.end()) {
-    report.verdict = matched == 0 ? Verdict::bad : Verdict::weak;
-    report.sentence = fmt::format("{}: {} of {} pairs have no match, the first one is {} to {}: {}",
-                                  matched == 0 ? "No result" : "Weak", pairs - matched, pairs, failed->nameFrom,
-                                  failed->nameTo, failed->reason);
-    return;
+    return {title, matched == 0 ? Verdict::bad : Verdict::weak,
+            fmt::format("{}: {} of {} pairs have no match, the first one is {} to {}: {}",
+                        matched == 0 ? "No result" : "Weak", pairs - matched, pairs, failed->nameFrom, failed->nameTo,
+                        failed->reason)};
   }
   const double share = median(numbersOf(result.pairs, {"", "", inlierShare}));
-  report.verdict = share >= goodShare ? Verdict::good : Verdict::weak;
-  report.sentence = fmt::format(
-      "{}: in the median pair {:.0f} % of the matches agree with one image motion; the longest track has {} of {} "
-      "frames.",
-      share >= goodShare ? "Good" : "Weak", 100 * share, result.longestTrack, pairs + 1);
+  const bool good = share >= goodShare;
+  return {
+      title, good ? Verdict::good : Verdict::weak,
+      fmt::format("{}: in the median pair {:.0f} % of the matches agree with one image motion; the longest track has "
+                  "{} of {} frames.",
+                  good ? "Good" : "Weak", 100 * share, result.longestTrack, pairs + 1)};
 }
 
 ReportFact fact(const std::string& label, const Spread& spread, const std::string& note) {
@@ -126,18 +120,14 @@ ReportTable pairTable(const TrackResult& result) {
 }  // namespace
 
 Report trackReport(const TrackResult& result, const StageClock& clock) {
-  Report report;
-  report.command = "mirel track";
-  if (result.pairs.size() == 1) {
-    judgeOnePair(result.pairs[0], report);
-  } else {
-    judgeSequence(result, report);
-  }
-  report.facts = facts(result, clock);
-  report.charts = charts(result);
-  report.tables = {pairTable(result)};
-  report.result = resultJson(result);
-  return report;
+  return {.command = "mirel track",
+          .answer = result.pairs.size() == 1 ? judgeOnePair(result.pairs[0]) : judgeSequence(result),
+          .facts = facts(result, clock),
+          .pictures = {},
+          .charts = charts(result),
+          .tables = {pairTable(result)},
+          .result = resultJson(result),
+          .run = {}};
 }
 
 }  // namespace mirel
