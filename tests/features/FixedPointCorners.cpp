@@ -301,7 +301,10 @@ class Dumps : public testing::Test {
     return std::distance(std::filesystem::directory_iterator(folder_), std::filesystem::directory_iterator());
   }
 
-  const std::filesystem::path folder_ = std::filesystem::path(testing::TempDir()) / "corner dumps";
+  // One folder a test: tests run side by side.
+  const std::filesystem::path folder_ =
+      std::filesystem::path(testing::TempDir()) /
+      (std::string("corner dumps ") + testing::UnitTest::GetInstance()->current_test_info()->name());
 };
 
 TEST_F(Dumps, ofAllStages) {
