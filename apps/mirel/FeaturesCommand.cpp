@@ -5,6 +5,7 @@
 #include "input/ImageFile.h"
 #include "output/Csv.h"
 #include "output/Digest.h"
+#include "output/Summary.h"
 #include "pictures/FeaturePicture.h"
 #include "tracking/FrameFeatures.h"
 

@@ -3,6 +3,7 @@
 #include "options/Replay.h"
 #include "output/Interrupt.h"
 #include "output/JsonText.h"
+#include "output/Summary.h"
 
 #include <fmt/format.h>
 
@@ -59,18 +60,6 @@ void Session::finish(Report& report, const std::vector<InputFile>& inputs, const
   } else if (!options_.quiet) {
     fmt::print("{}{}", summary, summaryLine("report", folder().shownPath("report.html")));
   }
-}
-
-std::string summaryLine(const std::string& label, const std::string& text) {
-  return fmt::format("{:<14}{}\n", label, text);
-}
-
-std::string describeStages(const StageClock& clock) {
-  std::string text;
-  for (const auto& [stage, seconds] : clock.stages()) {
-    text += fmt::format("{}{} {:.1f} ms", text.empty() ? "" : ", ", stage, 1000 * seconds);
-  }
-  return text;
 }
 
 }  // namespace mirel

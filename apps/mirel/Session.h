@@ -47,10 +47,4 @@ class Session {
   std::vector<std::unique_ptr<StagedFile>> files_;
 };
 
-/// One line of a summary: a label and its text, aligned.
-std::string summaryLine(const std::string& label, const std::string& text);
-
-/// The stages with their milliseconds, per frame where there are several.
-std::string describeStages(const StageClock& clock);
-
 }  // namespace mirel

@@ -7,6 +7,7 @@
 #include "output/Interrupt.h"
 #include "output/JsonText.h"
 #include "output/Progress.h"
+#include "output/Summary.h"
 #include "pictures/MatchPicture.h"
 #include "pictures/TrackPicture.h"
 #include "tracking/TrackReport.h"
@@ -108,11 +109,12 @@ class TrackRun {
   }
 
   void addMatchPicture(const FrameFeatures& first, const FrameFeatures& second, const PairResult& pair) {
-    if (!isChosen(pair, options_.pictures)) return;
+    constexpr int mostInReport = 8;
+    const bool inReport = isChosen(pair, std::min(options_.pictures, mostInReport));
+    if (!inReport && !isChosen(pair, options_.pictures)) return;
     const cv::Mat picture = drawMatches(first.frame.grey, second.frame.grey, pair, options_.circles);
     session_.folder().writePicture(fmt::format("matches_{:04}.png", pair.from), picture);
-    constexpr int mostInReport = 8;
-    if (options_.pictures <= mostInReport || isChosen(pair, mostInReport)) {
+    if (inReport) {
       reportPictures_.push_back({fmt::format("Matches from {} to {}; lines coloured by descriptor distance, rings: "
                                              "not in agreement with the image motion",
                                              pair.nameFrom, pair.nameTo),
@@ -146,7 +148,7 @@ class TrackCommand : public Command {
   void addOptions(CLI::App& app) override {
     app.add_option("frames", options_.frames,
                    "image files in order, one video, a pattern ('left*.png') or a numbered sequence (frame_%04d.png)")
-        ->type_name("FRAME...");
+        ->type_name("FRAME");
     app.add_option("--mode", options_.mode,
                    "narrow: within 120 px, strict; wide: within 400 px, less strict; exhaustive: every pair")
         ->check(oneOf({"narrow", "wide", "exhaustive"}))

@@ -22,6 +22,6 @@
       },
     },
   }));
-  addEventListener("beforeprint", () => drawn.forEach((chart) => chart.resize(620, 260)));
+  addEventListener("beforeprint", () => drawn.forEach((chart) => chart.resize(320, 200)));
   addEventListener("afterprint", () => drawn.forEach((chart) => chart.resize()));
 })();

@@ -2,10 +2,11 @@
 
 #include "pictures/ColourBar.h"
 #include "pictures/Drawing.h"
+#include "tracking/PairNumbers.h"
 
 #include <fmt/format.h>
 
-#include <cmath>
+#include <algorithm>
 #include <opencv2/core.hpp>
 
 namespace mirel {
@@ -58,12 +59,6 @@ std::vector<std::string> headings(const PairResult& pair) {
 }
 
 }  // namespace
-
-std::string describeMotion(const ImageMotion& motion) {
-  if (!motion.valid) return "none found";
-  return fmt::format("{:.2f} px (dx {:.2f}, dy {:.2f}), {:.3f} deg, scale {:.4f}", std::hypot(motion.dx, motion.dy),
-                     motion.dx, motion.dy, motion.rotation, motion.scale);
-}
 
 cv::Mat drawMatches(const cv::Mat& grey1, const cv::Mat& grey2, const PairResult& pair, bool circles) {
   const double scale = viewScale(grey1.size(), frameWidth);

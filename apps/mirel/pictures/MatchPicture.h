@@ -11,7 +11,4 @@ namespace mirel {
 /// motion. `circles` adds the search circles of some matches.
 cv::Mat drawMatches(const cv::Mat& grey1, const cv::Mat& grey2, const PairResult& pair, bool circles);
 
-/// "12.3 px (dx 11.9, dy -3.1), 0.42 deg, scale 1.003", or that there is no motion.
-std::string describeMotion(const ImageMotion& motion);
-
 }  // namespace mirel

@@ -45,6 +45,12 @@ double inlierShare(const PairResult& pair) {
   return pair.matchCount == 0 ? 0 : static_cast<double>(pair.inliers) / pair.matchCount;
 }
 
+std::string describeMotion(const ImageMotion& motion) {
+  if (!motion.valid) return "none found";
+  return fmt::format("{:.2f} px (dx {:.2f}, dy {:.2f}), {:.3f} deg, scale {:.4f}", std::hypot(motion.dx, motion.dy),
+                     motion.dx, motion.dy, motion.rotation, motion.scale);
+}
+
 double median(std::vector<double> values) {
   if (values.empty()) return 0;
   std::sort(values.begin(), values.end());

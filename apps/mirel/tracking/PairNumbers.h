@@ -30,6 +30,9 @@ std::vector<PairResult> movingPairs(const std::vector<PairResult>& pairs);
 /// Share of the matches that agree with the image motion, 0 without matches.
 double inlierShare(const PairResult& pair);
 
+/// "12.3 px (dx 11.9, dy -3.1), 0.42 deg, scale 1.003", or that there is no motion.
+std::string describeMotion(const ImageMotion& motion);
+
 /// The middle value, the upper one of an even number; 0 of none.
 double median(std::vector<double> values);
 

@@ -1,7 +1,6 @@
 #include "tracking/TrackResult.h"
 
-#include "Session.h"
-#include "pictures/MatchPicture.h"
+#include "output/Summary.h"
 #include "tracking/PairNumbers.h"
 
 #include <fmt/format.h>
