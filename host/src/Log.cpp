@@ -54,6 +54,7 @@ std::wstring format(const wchar_t* text, std::va_list arguments) {
     std::va_list copy;
     va_copy(copy, arguments);
     errno = 0;
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): va_copy has set it
     const int length = std::vswprintf(buffer.data(), buffer.size(), text, copy);
     va_end(copy);
     if (length >= 0) return std::wstring(buffer.data(), static_cast<std::size_t>(length));

@@ -1,9 +1,12 @@
 #include <VoskBase/String.h>
 
 #include <cstdint>
+#include <type_traits>
 
 namespace VoskBase {
 namespace {
+
+using Unit = std::make_unsigned_t<wchar_t>;
 
 constexpr std::uint32_t replacement = 0xfffd;  // what stands for a character that is none
 
@@ -40,10 +43,10 @@ std::string String::stringAnsi() const {
   std::string out;
   out.reserve(text_.size());
   for (std::size_t i = 0; i < text_.size(); ++i) {
-    auto c = static_cast<std::uint32_t>(text_[i]);
+    auto c = static_cast<std::uint32_t>(static_cast<Unit>(text_[i]));
     // Where wide characters have 16 bits, two of them make one character beyond 0xffff.
     if (sizeof(wchar_t) == 2 && c >= 0xd800 && c < 0xdc00 && i + 1 < text_.size()) {
-      const auto low = static_cast<std::uint32_t>(text_[i + 1]);
+      const auto low = static_cast<std::uint32_t>(static_cast<Unit>(text_[i + 1]));
       if (low >= 0xdc00 && low < 0xe000) {
         c = 0x10000 + ((c - 0xd800) << 10) + (low - 0xdc00);
         ++i;

@@ -16,6 +16,7 @@ TEST(Timestamp, OriginIsLatchedByTheFirstCallersAndTheSameForAll) {
   std::atomic<bool> go = false;
   std::vector<double> origins(16);
   std::vector<std::thread> threads;
+  threads.reserve(origins.size());
   for (double& origin : origins)
     threads.emplace_back([&go, &origin] {
       while (!go) std::this_thread::yield();

@@ -45,6 +45,7 @@ TEST(AttrContainer, ManyThreadsRead) {
   for (int i = 0; i < 100; ++i) settings->set(std::to_wstring(i).c_str(), i);
   std::vector<int> sums(8, 0);
   std::vector<std::thread> threads;
+  threads.reserve(sums.size());
   for (int& sum : sums)
     threads.emplace_back([settings, &sum] {
       for (int i = 0; i < 20000; ++i) sum += get(settings, std::to_wstring(i % 100).c_str(), -1000);

@@ -105,6 +105,7 @@ TEST(Log, LinesOfManyThreadsComeOneByOne) {
     --inside;
   });
   std::vector<std::thread> threads;
+  threads.reserve(8);
   for (int t = 0; t < 8; ++t)
     threads.emplace_back([t] {
       for (int i = 0; i < 500; ++i) log("", 0, "", 1, L"thread %d line %d", t, i);

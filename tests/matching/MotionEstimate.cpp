@@ -98,6 +98,7 @@ TEST(MotionEstimate, HomographyIsRecoveredBesideOutliers) {
   const MotionEstimate motion = MotionEstimate::estimate(from, to, {});
   ASSERT_TRUE(motion.isValid());
   EXPECT_EQ(motion.points, 200);
+  EXPECT_EQ(motion.matrix[8], 1.0);
   EXPECT_GE(motion.outlierRows, 20);
   EXPECT_GT(motion.meanResidual, 3.0);
   EXPECT_LT(motion.meanInlierResidual, 0.35);
@@ -183,10 +184,11 @@ TEST(MotionEstimate, NoMotion) {
 // Whatever comes out of a degenerate fit: it ends, and it is finite or not valid.
 TEST(MotionEstimate, DegeneratePointsEnd) {
   Points line, far;
-  for (int i = 0; i < 12; ++i) {
-    line.emplace_back(10.0 * i, 20.0 * i + 3.0);
-    far.emplace_back(1e30 * (i % 4), 1e30 * (i / 4));
-  }
+  for (int row = 0; row < 3; ++row)
+    for (int column = 0; column < 4; ++column) {
+      line.emplace_back(10.0 * column + row, 20.0 * column + 2.0 * row + 3.0);
+      far.emplace_back(1e30 * column, 1e30 * row);
+    }
   for (const Points& points : {line, far}) {
     const MotionEstimate motion = MotionEstimate::estimate(points, points, {});
     EXPECT_FALSE(std::isnan(motion.deviation));
@@ -194,10 +196,15 @@ TEST(MotionEstimate, DegeneratePointsEnd) {
 }
 
 TEST(MotionEstimate, RefusesWeightsOfAnotherLength) {
-  for (const std::size_t count : {1, 4, 6})
-    EXPECT_EQ(thrownText<std::invalid_argument>(
-                  [&] { MotionEstimate::estimate(fivePoints, fivePoints, std::vector<double>(count, 1.0)); }),
-              "MotionEstimate::estimate: weights: " + std::to_string(count) + " weights given, none or 5 expected");
+  const std::vector<cv::Vec2f> floats(5);
+  for (const std::size_t count : {1, 4, 6}) {
+    const std::vector<double> weights(count, 1.0);
+    const std::string text =
+        "MotionEstimate::estimate: weights: " + std::to_string(count) + " weights given, none or 5 expected";
+    EXPECT_EQ(thrownText<std::invalid_argument>([&] { MotionEstimate::estimate(fivePoints, fivePoints, weights); }),
+              text);
+    EXPECT_EQ(thrownText<std::invalid_argument>([&] { MotionEstimate::estimate(floats, floats, weights); }), text);
+  }
 }
 
 TEST(MotionEstimate, AppliesElevenNumbers) {

@@ -3,8 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <Eigen/Dense>
+#include <bit>
 #include <cmath>
-#include <cstring>
+#include <cstdint>
 #include <limits>
 #include <random>
 
@@ -44,7 +45,9 @@ System randomSystem(std::mt19937& random, int kind) {
   return system;
 }
 
-bool sameBits(double a, double b) { return std::memcmp(&a, &b, sizeof a) == 0 || (std::isnan(a) && std::isnan(b)); }
+bool sameBits(double a, double b) {
+  return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b) || (std::isnan(a) && std::isnan(b));
+}
 
 class PivotedQrTest : public testing::TestWithParam<CpuVariant> {
   void SetUp() override {
