@@ -3,7 +3,8 @@
 
 usage: ratios.py GOALS.json RESULTS.json
 
-A goal is written "<= 1.25" (at most 1.25 times the peer's time) or ">= 10" (at least 10 times faster than the peer).
+A goal is written "<= 1.25" (at most 1.25 times the peer's time) or ">= 10" (at least 10 times faster than the peer);
+a row without one only compares, as times faster.
 Figures are medians of CPU time.
 """
 import json
@@ -42,12 +43,12 @@ def main():
         if goal["ours"] not in times or goal["peer"] not in times:
             continue
         ours, peer = times[goal["ours"]], times[goal["peer"]]
-        figure, met = verdict(ours / peer, goal["goal"])
-        stretch = goal.get("stretch", "")
+        wanted, stretch = goal.get("goal", ""), goal.get("stretch", "")
+        figure, met = verdict(ours / peer, wanted or ">= 0")
         word = "missed" if not met else "stretch" if stretch and verdict(ours / peer, stretch)[1] else "met"
         missed += not met
         print(row.format(goal["row"], goal["ours"], goal["peer"], f"{ours:.4g}", f"{peer:.4g}", f"{figure:.2f}",
-                         goal["goal"], stretch, word))
+                         wanted, stretch, word if wanted else ""))
     print(f"\n'<=': our time as a multiple of the peer's. '>=': how many times faster than the peer. {missed} missed.")
 
 
