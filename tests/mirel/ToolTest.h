@@ -10,6 +10,7 @@
 #include <nlohmann/json.hpp>
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
+#include <random>
 #include <set>
 #include <sstream>
 #include <string>
@@ -30,8 +31,8 @@ class ToolTest : public testing::Test {
  protected:
   ToolTest() {
     const testing::TestInfo& test = *testing::UnitTest::GetInstance()->current_test_info();
-    folder_ = std::filesystem::temp_directory_path() / ("mirel-" + std::string(test.test_suite_name()) + test.name());
-    std::filesystem::remove_all(folder_);
+    const std::string name = std::string("mirel-") + test.test_suite_name() + "-" + test.name();
+    folder_ = std::filesystem::temp_directory_path() / (name + "-" + std::to_string(std::random_device()()));
     std::filesystem::create_directories(folder_);
   }
   ~ToolTest() override { std::filesystem::remove_all(folder_); }
