@@ -47,7 +47,7 @@ std::vector<cv::KeyPoint> detectInCells(const char* function, const cv::Mat& ima
   std::vector<cv::KeyPoint> all, inCell;
   for (const cv::Rect& cell : cellsOf(image.size(), settings.cells)) {
     cv::Mat maskOfCell = mask(cell);
-    if (quota == 0) continue;
+    if (quota == 0) continue;  // nothing would be kept; a cell that leaves the image is an error all the same
     maskOfCell.setTo(255);
     detector.detect(image, inCell, mask);
     maskOfCell.setTo(0);
