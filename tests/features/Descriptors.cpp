@@ -1,6 +1,7 @@
 #include <MirelAlgorithms/features/Descriptors.h>
 #include <MirelAlgorithms/features/internal/DescriptorFamilies.h>
 #include <MirelAlgorithms/features/internal/TripletTable.h>
+#include <features/FeatureTest.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -9,27 +10,13 @@
 #include <limits>
 #include <opencv2/imgproc.hpp>
 
-#if __has_include(<opencv2/xfeatures2d.hpp>)
-#define WITH_XFEATURES2D 1
-#include <opencv2/xfeatures2d.hpp>
-#else
-#define WITH_XFEATURES2D 0
-#endif
-
 namespace MirelAlgorithms {
 namespace {
 
-using Settings = SmartPtr<AttrContainer>;
 using Element = cv::Vec<float, 5>;
 
 constexpr float infinity = std::numeric_limits<float>::infinity();
 constexpr float nan = std::numeric_limits<float>::quiet_NaN();
-
-Settings settingsOf(std::initializer_list<std::pair<const wchar_t*, int>> values) {
-  Settings settings(new AttrContainer());
-  for (const auto& [key, value] : values) settings->set(key, value);
-  return settings;
-}
 
 cv::Mat noise(int rows, int cols, std::uint64_t seed) {
   cv::Mat image(rows, cols, CV_8UC1);

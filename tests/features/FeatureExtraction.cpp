@@ -1,6 +1,7 @@
 #include <MirelAlgorithms/features/Descriptors.h>
 #include <MirelAlgorithms/features/FeatureExtraction.h>
 #include <MirelAlgorithms/features/FixedPointCorners.h>
+#include <features/FeatureTest.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -8,23 +9,8 @@
 #include <opencv2/features2d.hpp>
 #include <opencv2/imgproc.hpp>
 
-#if __has_include(<opencv2/xfeatures2d.hpp>)
-#include <opencv2/xfeatures2d.hpp>
-#define WITH_XFEATURES2D 1
-#else
-#define WITH_XFEATURES2D 0
-#endif
-
 namespace MirelAlgorithms {
 namespace {
-
-using Settings = SmartPtr<AttrContainer>;
-
-Settings settingsOf(std::initializer_list<std::pair<const wchar_t*, int>> values) {
-  Settings settings(new AttrContainer());
-  for (const auto& [key, value] : values) settings->set(key, value);
-  return settings;
-}
 
 // Overlapping boxes and discs: corners for some detectors, regions for others.
 cv::Mat scene(int rows, int cols, std::uint64_t seed) {
