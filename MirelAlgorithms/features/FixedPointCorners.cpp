@@ -72,8 +72,10 @@ cv::Mat enhanced(const cv::Mat& image, const ResponseSettings& settings) {
   MirelCore::enhance(image, result, settings.enhancement, {});
   requireGrey8(function, "enhanced image", result);
   if (result.isSubmatrix()) result = result.clone();  // filters must not see what lies around it
-  if (settings.median) cv::medianBlur(result, result, 3);
-  return result;
+  if (!settings.median) return result;
+  cv::Mat filtered;  // the host may share the memory of what it returned
+  cv::medianBlur(result, filtered, 3);
+  return filtered;
 }
 
 float largestElement(const cv::Mat& map) {
