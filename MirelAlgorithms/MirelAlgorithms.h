@@ -7,8 +7,14 @@
 #include <MirelAlgorithms/features/Descriptors.h>
 #include <MirelAlgorithms/features/FeatureExtraction.h>
 #include <MirelAlgorithms/features/FixedPointCorners.h>
+#include <MirelAlgorithms/features/MirelScalingORB.h>
+#include <MirelAlgorithms/filters/AccelIntegrator.h>
+#include <MirelAlgorithms/filters/Butterworth.h>
+#include <MirelAlgorithms/filters/MayhonyAHRS.h>
+#include <MirelAlgorithms/filters/SavitzkyGolay.h>
 #include <MirelAlgorithms/frame/Timestamp.h>
 #include <MirelAlgorithms/matching/FeatureMatching.h>
+#include <MirelAlgorithms/matching/FeaturePrediction.h>
 #include <MirelAlgorithms/matching/Hamming.h>
 #include <MirelAlgorithms/matching/LeastSquares.h>
 #include <MirelAlgorithms/matching/MatchRecords.h>

@@ -3,10 +3,14 @@
 # that `./dev setup` fills. The folder holds include/, src/latch.cpp and src/freak.cpp of OpenCV's own source; it is
 # compiled into a small static library whose symbols stay inside ours, so that a host's own copy cannot clash with it.
 #
-# Sets MIREL_HAS_XFEATURES2D (ON or OFF) and MIREL_XFEATURES2D_TARGET (empty without the module).
+# Sets MIREL_HAS_XFEATURES2D (ON or OFF), MIREL_XFEATURES2D_TARGET (empty without the module) and MIREL_HAS_LATCH_SOURCE
+# (ON or OFF): our own, faster loop of LATCH needs the triplets that the module keeps to itself, so it is there only where
+# the module's source is compiled, and it is the source that the loop follows. Otherwise the module's loop is called.
 set(MIREL_XFEATURES2D_DIR "" CACHE PATH "Folder with the sources of OpenCV's xfeatures2d module")
 set(MIREL_HAS_XFEATURES2D OFF)
 set(MIREL_XFEATURES2D_TARGET)
+set(MIREL_HAS_LATCH_SOURCE OFF)
+set(MIREL_LATCH_SOURCE_SHA256 599b96609d2c0c103d4ca697f81f4d461c5f2bb1c7d8a182eb59e4de3af54085)  # OpenCV 4.6
 
 # The folder of the cache.
 function(mirel_xfeatures2d_cache result)
@@ -46,7 +50,14 @@ function(mirel_build_xfeatures2d folder)
 #include <opencv2/imgproc.hpp>
 #include <opencv2/xfeatures2d.hpp>
 ")
-  add_library(mirel_xfeatures2d STATIC ${generated}/latch.cpp ${generated}/freak.cpp)
+  set(latch ${generated}/latch.cpp)
+  file(SHA256 ${latch} sum)
+  if(sum STREQUAL MIREL_LATCH_SOURCE_SHA256)
+    set(MIREL_HAS_LATCH_SOURCE ON PARENT_SCOPE)
+    set(latch ${PROJECT_SOURCE_DIR}/MirelAlgorithms/features/internal/LatchModule.cpp)  # includes latch.cpp
+  endif()
+  add_library(mirel_xfeatures2d STATIC ${latch} ${generated}/freak.cpp)
+  target_include_directories(mirel_xfeatures2d PRIVATE ${generated} ${PROJECT_SOURCE_DIR})
   target_include_directories(mirel_xfeatures2d SYSTEM PUBLIC ${folder}/include)
   target_link_libraries(mirel_xfeatures2d PUBLIC opencv_core opencv_imgproc opencv_features2d)
   if(MSVC)

@@ -2,6 +2,7 @@
 // spared: the smoothing of the whole image, and reading and comparing the samples. Enhancement is off.
 #include "../OneThread.h"
 #include "Images.h"
+#include "KeyPoints.h"
 
 #include <MirelAlgorithms/features/Descriptors.h>
 #include <MirelAlgorithms/features/internal/FeatureMatrix.h>
@@ -15,16 +16,10 @@ namespace {
 
 using namespace MirelAlgorithms;
 
-std::vector<cv::KeyPoint> orbKeyPoints(const cv::Mat& image, int count) {
-  std::vector<cv::KeyPoint> keyPoints;
-  cv::ORB::create(count)->detect(image, keyPoints);
-  return keyPoints;
-}
-
 void descriptor_fixed(benchmark::State& state, const bench::ImageFormat& format, int count) {
   const bench::OneThread oneThread;
   const cv::Mat image = bench::greyImage(format);
-  cv::Mat features = toFeatureMatrix(orbKeyPoints(image, count)), descriptors;
+  cv::Mat features = toFeatureMatrix(bench::orbKeyPoints(image, count)), descriptors;
   const SmartPtr<AttrContainer> settings(new AttrContainer());
   settings->set(L"FBMEnhancement", 0);
   for (auto _ : state) retrieveDescriptors(image, features, descriptors, settings);
@@ -35,7 +30,7 @@ void ORB_compute(benchmark::State& state, const bench::ImageFormat& format, int 
   const bench::OneThread oneThread;
   const cv::Mat image = bench::greyImage(format);
   const auto orb = cv::ORB::create(count);
-  const std::vector<cv::KeyPoint> given = orbKeyPoints(image, count);
+  const std::vector<cv::KeyPoint> given = bench::orbKeyPoints(image, count);
   std::vector<cv::KeyPoint> keyPoints;
   cv::Mat descriptors;
   for (auto _ : state) {
@@ -61,7 +56,7 @@ void sepFilter2D_sampling_limit(benchmark::State& state, const bench::ImageForma
   const bench::OneThread oneThread;
   cv::Mat image, smoothed, descriptors(count, fixedPointDescriptorBytes, CV_8UC1);
   bench::greyImage(format).convertTo(image, CV_32F);
-  const std::vector<cv::KeyPoint> keyPoints = orbKeyPoints(bench::greyImage(format), count);
+  const std::vector<cv::KeyPoint> keyPoints = bench::orbKeyPoints(bench::greyImage(format), count);
   const cv::Mat kernel = cv::getGaussianKernel(5, 1.0, CV_64F);
   int offsets[tripletTable.size()][3];
   for (std::size_t k = 0; k < tripletTable.size(); ++k) {
@@ -86,6 +81,9 @@ void sepFilter2D_sampling_limit(benchmark::State& state, const bench::ImageForma
 
 AT_BOTH_SIZES(descriptor_fixed);
 AT_BOTH_SIZES(ORB_compute);
+BENCHMARK_CAPTURE(ORB_compute, vga_500, bench::vga, 500)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(ORB_compute, vga_2000, bench::vga, 2000)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(ORB_compute, 1080p_500, bench::hd1080, 500)->Unit(benchmark::kMillisecond);
 AT_BOTH_SIZES(sepFilter2D_sampling_limit);
 
 }  // namespace

@@ -53,11 +53,15 @@ void refuseWithoutXfeatures2d(const char* function, const char* family) {
                            "`./dev setup` and build again, or build with an OpenCV that has the module");
 }
 
-void computeAligned(cv::Feature2D& family, const cv::Mat& image, std::vector<cv::KeyPoint>& keyPoints,
-                    cv::Mat& descriptors) {
+void keepFinite(std::vector<cv::KeyPoint>& keyPoints) {
   std::erase_if(keyPoints, [](const cv::KeyPoint& k) {
     return !std::isfinite(k.pt.x) || !std::isfinite(k.pt.y) || !std::isfinite(k.angle);
   });
+}
+
+void computeAligned(cv::Feature2D& family, const cv::Mat& image, std::vector<cv::KeyPoint>& keyPoints,
+                    cv::Mat& descriptors) {
+  keepFinite(keyPoints);
   descriptors.release();
   if (!keyPoints.empty()) family.compute(image, keyPoints, descriptors);
 }

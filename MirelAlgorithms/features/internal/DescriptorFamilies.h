@@ -18,8 +18,10 @@ namespace MirelAlgorithms {
 void describeByFamily(const char* function, int family, const cv::Mat& image, std::vector<cv::KeyPoint>& keyPoints,
                       cv::Mat& descriptors);
 
-/// `family.compute` on key points of any origin: those with an infinite or NaN position or angle are dropped first
-/// (some families would look for them in the image), and without any key point the descriptors become empty.
+/// Drops key points with an infinite or NaN position or angle: some families would look for them in the image.
+void keepFinite(std::vector<cv::KeyPoint>& keyPoints);
+
+/// `family.compute` on the finite ones of these key points; without any the descriptors become empty.
 void computeAligned(cv::Feature2D& family, const cv::Mat& image, std::vector<cv::KeyPoint>& keyPoints,
                     cv::Mat& descriptors);
 

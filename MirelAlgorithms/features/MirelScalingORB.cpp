@@ -1,0 +1,79 @@
+#include <MirelAlgorithms/features/MirelScalingORB.h>
+#include <MirelAlgorithms/features/internal/RotatedPattern.h>
+#include <MirelAlgorithms/frame/internal/Require.h>
+#include <smmintrin.h>
+
+#include <cmath>
+#include <string>
+#include <utility>
+
+namespace MirelAlgorithms {
+namespace {
+
+constexpr int descriptorBytes = orbPattern.size() / 8;
+
+void requireFinite(const char* function, const std::vector<cv::KeyPoint>& keyPoints) {
+  for (std::size_t i = 0; i < keyPoints.size(); ++i) {
+    const cv::KeyPoint& k = keyPoints[i];
+    for (const float value : {k.pt.x, k.pt.y, k.size, k.angle})
+      if (!std::isfinite(value))
+        refuse(function, "keyPoints", std::to_string(value) + " in key point " + std::to_string(i),
+               "finite position, size and angle");
+  }
+}
+
+void packComparisons(const OrbSamples& samples, unsigned char* descriptor) {
+  for (int j = 0; j < descriptorBytes; j += 2) {
+    const __m128i first = _mm_load_si128(reinterpret_cast<const __m128i*>(samples.first + 8 * j));
+    const __m128i second = _mm_load_si128(reinterpret_cast<const __m128i*>(samples.second + 8 * j));
+    const __m128i notDarker = _mm_cmpeq_epi8(_mm_max_epu8(first, second), first);
+    const int bits = ~_mm_movemask_epi8(notDarker);
+    descriptor[j] = static_cast<unsigned char>(bits);
+    descriptor[j + 1] = static_cast<unsigned char>(bits >> 8);
+  }
+}
+
+}  // namespace
+
+MirelScalingORB::MirelScalingORB(cv::Mat image) : image_(std::move(image)) {
+  if (!image_.empty()) requireGrey8("MirelScalingORB", "image", image_);
+}
+
+cv::Mat MirelScalingORB::getDescriptors(const std::vector<cv::KeyPoint>& keyPoints) const {
+  constexpr const char* function = "MirelScalingORB::getDescriptors";
+  if (!keyPoints.empty()) requireGrey8(function, "image", image_);
+  requireFinite(function, keyPoints);
+
+  cv::Mat descriptors(static_cast<int>(keyPoints.size()), descriptorBytes, CV_8UC1);
+  OrbSamples samples;
+  for (int i = 0; i < descriptors.rows; ++i) {
+    sampleRotatedPattern(image_, keyPoints[static_cast<std::size_t>(i)], samples);
+    packComparisons(samples, descriptors.ptr(i));
+  }
+  return descriptors;
+}
+
+void MirelScalingORB::getNormalizedPatchDescriptor(cv::Mat patch, unsigned char* descriptor, int nBytes) {
+  constexpr const char* function = "MirelScalingORB::getNormalizedPatchDescriptor";
+  constexpr int side = 2 * orbPatchRadius + 1;
+  requireGrey8(function, "patch", patch);
+  if (patch.rows < side || patch.cols < side)
+    refuse(function, "patch", std::to_string(patch.cols) + " x " + std::to_string(patch.rows) + " pixels",
+           "at least 31 x 31");
+  if (!descriptor) refuse(function, "descriptor", "null", "room for the bytes");
+  requireRange(function, "nBytes", nBytes, 0, descriptorBytes);
+
+  if (!patch.isContinuous()) patch = patch.clone();  // so that linear indices are addresses
+  const std::ptrdiff_t step = patch.cols;
+  const unsigned char* centre = patch.data + patch.total() / 2;
+  for (int j = 0; j < nBytes; ++j) {
+    unsigned bits = 0;
+    for (int k = 0; k < 8; ++k) {
+      const OrbPair& p = orbPattern[static_cast<std::size_t>(8 * j + k)];
+      bits |= static_cast<unsigned>(centre[p.y1 * step + p.x1] < centre[p.y2 * step + p.x2]) << k;
+    }
+    descriptor[j] = static_cast<unsigned char>(bits);
+  }
+}
+
+}  // namespace MirelAlgorithms

@@ -1,0 +1,189 @@
+#include <MirelAlgorithms/features/MirelScalingORB.h>
+#include <MirelAlgorithms/features/internal/OrbPattern.h>
+#include <MirelAlgorithms/frame/internal/CpuVariant.h>
+#include <features/FeatureTest.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <opencv2/features2d.hpp>
+#include <opencv2/imgproc.hpp>
+#include <stdexcept>
+#include <string>
+
+namespace MirelAlgorithms {
+namespace {
+
+cv::Mat noise(int rows, int cols, std::uint64_t seed) {
+  cv::Mat image(rows, cols, CV_8UC1);
+  cv::RNG(seed).fill(image, cv::RNG::UNIFORM, 0, 256);
+  return image;
+}
+
+bool same(const cv::Mat& a, const cv::Mat& b) {
+  return a.size() == b.size() && a.type() == b.type() && (a.empty() || cv::norm(a, b, cv::NORM_INF) == 0);
+}
+
+cv::Mat normalizedDescriptor(const cv::Mat& patch) {
+  cv::Mat descriptor(1, 32, CV_8UC1);
+  MirelScalingORB::getNormalizedPatchDescriptor(patch, descriptor.data, 32);
+  return descriptor;
+}
+
+// The formula, one pixel after the other.
+cv::Mat plainDescriptors(const cv::Mat& image, const std::vector<cv::KeyPoint>& keyPoints) {
+  cv::Mat descriptors = cv::Mat::zeros(int(keyPoints.size()), 32, CV_8UC1);
+  for (int i = 0; i < descriptors.rows; ++i) {
+    const cv::KeyPoint& k = keyPoints[i];
+    const float a = float(std::cos(-double(k.angle))) * k.size, b = float(std::sin(-double(k.angle))) * k.size;
+    const auto pixel = [&](int x, int y) {
+      const double column = std::rint(k.pt.x) + double(std::rint(a * x - b * y));
+      const double row = std::rint(k.pt.y) + double(std::rint(a * y + b * x));
+      return image.at<uchar>(int(std::clamp(row, 0.0, image.rows - 1.0)),
+                             int(std::clamp(column, 0.0, image.cols - 1.0)));
+    };
+    for (int t = 0; t < 256; ++t) {
+      const OrbPair& p = orbPattern[t];
+      if (pixel(p.x1, p.y1) < pixel(p.x2, p.y2)) descriptors.at<uchar>(i, t / 8) |= 1 << t % 8;
+    }
+  }
+  return descriptors;
+}
+
+// Inside, across every border, and where numbers become too large for integers.
+std::vector<cv::KeyPoint> keyPointsAround(const cv::Mat& image) {
+  cv::RNG random(3);
+  std::vector<cv::KeyPoint> keyPoints;
+  for (int i = 0; i < 600; ++i) {
+    const float margin = i % 3 == 0 ? 90.0f : -25.0f;
+    keyPoints.emplace_back(random.uniform(-margin, image.cols + margin), random.uniform(-margin, image.rows + margin),
+                           random.uniform(-1.0f, i % 2 ? 1.3f : 40.0f), random.uniform(-400.0f, 400.0f));
+  }
+  for (const float size : {0.0f, 1.0f, 0.5f, 5e4f, 1048576.0f, 1048577.0f, -3e9f, 1e30f})
+    for (const float position : {0.5f, 59.5f, -7.0f, 16777216.0f, -16777218.0f, 4e9f, -3e38f})
+      keyPoints.emplace_back(position, 60.0f, size, position), keyPoints.emplace_back(61.0f, position, size, -1.0f);
+  return keyPoints;
+}
+
+TEST(MirelScalingORB, equalsPixelByPixelFormOnEveryInstructionSet) {
+  const cv::Mat whole = noise(300, 340, 1);
+  for (const cv::Mat& image : {whole, whole(cv::Rect(31, 17, 125, 140)), whole.col(5), whole(cv::Rect(9, 9, 1, 1))}) {
+    SCOPED_TRACE(testing::Message() << image.size());
+    const auto keyPoints = keyPointsAround(image);
+    const cv::Mat expected = plainDescriptors(image, keyPoints);
+    for (const CpuVariant variant : {CpuVariant::baseline, CpuVariant::avx2, CpuVariant::avx512}) {
+      limitCpuVariant(variant);
+      EXPECT_TRUE(same(MirelScalingORB(image).getDescriptors(keyPoints), expected)) << name(variant);
+    }
+  }
+}
+
+// Beyond the largest size nothing changes any more.
+TEST(MirelScalingORB, sizesAreLimited) {
+  const cv::Mat image = noise(50, 50, 2);
+  for (const float sign : {1.0f, -1.0f}) {
+    const std::vector<cv::KeyPoint> keyPoints{{25, 25, sign * (std::numeric_limits<float>::max)(), 0.8f},
+                                              {25, 25, sign * 1e30f, 0.8f}};
+    const cv::Mat descriptors = MirelScalingORB(image).getDescriptors(keyPoints);
+    EXPECT_TRUE(same(descriptors.row(0), descriptors.row(1)));
+  }
+}
+
+// OpenCV's ORB does the same on the image smoothed with its kernel, for size 1 and angles in degrees the other way. It
+// smooths a view of a larger image, for which OpenCV rounds in another way.
+TEST(MirelScalingORB, equalsOrbAtSizeOne) {
+  const cv::Mat image = noise(250, 280, 4)(cv::Rect(20, 20, 230, 200));
+  cv::Mat smoothed;
+  cv::GaussianBlur(image, smoothed, cv::Size(7, 7), 2, 2, cv::BORDER_REFLECT_101);
+  cv::RNG random(5);
+  std::vector<cv::KeyPoint> degrees, radians;
+  for (int i = 0; i < 200; ++i) {
+    degrees.emplace_back(random.uniform(40.0f, 190.0f), random.uniform(40.0f, 160.0f), 31.0f,
+                         i < 20 ? 0.0f : random.uniform(0.0f, 360.0f), 0.0f, 0);
+    radians.emplace_back(degrees.back().pt, 1.0f, -(degrees.back().angle * float(CV_PI / 180.f)));
+  }
+  cv::Mat expected;
+  cv::ORB::create(500, 1.2f, 1)->compute(image, degrees, expected);
+  ASSERT_EQ(degrees.size(), radians.size());
+  EXPECT_TRUE(same(MirelScalingORB(smoothed).getDescriptors(radians), expected));
+  for (int i = 0; i < 20; ++i) {
+    const cv::Point at(cvRound(radians[i].pt.x), cvRound(radians[i].pt.y));
+    EXPECT_TRUE(same(normalizedDescriptor(smoothed(cv::Rect(at.x - 15, at.y - 15, 31, 31))), expected.row(i)));
+  }
+}
+
+TEST(MirelScalingORB, sharesThePixels) {
+  cv::Mat image = noise(60, 60, 6);
+  const MirelScalingORB orb(image);
+  const std::vector<cv::KeyPoint> keyPoints{{30, 30, 1, 0.5f}};
+  const cv::Mat before = orb.getDescriptors(keyPoints);
+  cv::flip(image.clone(), image, 1);
+  EXPECT_FALSE(same(orb.getDescriptors(keyPoints), before));
+  EXPECT_TRUE(same(orb.getDescriptors(keyPoints), plainDescriptors(image, keyPoints)));
+}
+
+TEST(MirelScalingORB, patchIsReadFromItsMiddleElement) {
+  const cv::Mat whole = noise(90, 90, 7);
+  for (const cv::Size size :
+       {cv::Size(31, 31), cv::Size(32, 31), cv::Size(31, 32), cv::Size(40, 64), cv::Size(45, 33)}) {
+    const cv::Mat patch = whole(cv::Rect(cv::Point(20, 10), size)).clone();
+    const auto element = [&](int x, int y) { return patch.data[patch.total() / 2 + y * size.width + x]; };
+    unsigned char bytes[34], expected[32] = {};
+    for (int t = 0; t < 256; ++t) {
+      const OrbPair& p = orbPattern[t];
+      if (element(p.x1, p.y1) < element(p.x2, p.y2)) expected[t / 8] |= 1 << t % 8;
+    }
+    for (const cv::Mat& form : {patch, whole(cv::Rect(cv::Point(20, 10), size))})
+      for (const int count : {0, 1, 31, 32}) {
+        std::fill(std::begin(bytes), std::end(bytes), 77);
+        MirelScalingORB::getNormalizedPatchDescriptor(form, bytes, count);
+        EXPECT_TRUE(std::equal(bytes, bytes + count, expected)) << size << ", " << count;
+        EXPECT_TRUE(std::all_of(bytes + count, std::end(bytes), [](int b) { return b == 77; }))
+            << size << ", " << count;
+      }
+  }
+}
+
+TEST(MirelScalingORB, noKeyPoints) {
+  const cv::Mat none = MirelScalingORB(cv::Mat()).getDescriptors({});
+  EXPECT_EQ(none.size(), cv::Size(32, 0));
+  EXPECT_EQ(none.type(), CV_8UC1);
+}
+
+template <class Call>
+void expectRefused(const Call& call, const std::string& text) {
+  try {
+    call();
+    ADD_FAILURE() << "accepted: " << text;
+  } catch (const std::invalid_argument& error) {
+    EXPECT_NE(std::string(error.what()).find(text), std::string::npos) << error.what();
+  }
+}
+
+TEST(MirelScalingORB, refusesBadInput) {
+  constexpr float nan = std::numeric_limits<float>::quiet_NaN(), infinity = std::numeric_limits<float>::infinity();
+  const cv::Mat image = noise(40, 40, 8);
+  const cv::KeyPoint good(20, 20, 1, 0);
+  for (const int type : {CV_8UC3, CV_16UC1, CV_8SC1})
+    expectRefused([&] { MirelScalingORB(cv::Mat(9, 9, type)); }, "MirelScalingORB: image: CV_");
+  expectRefused([&] { MirelScalingORB(cv::Mat()).getDescriptors({good}); }, "image: empty given");
+  for (const cv::KeyPoint& bad : {cv::KeyPoint(nan, 1, 1, 0), cv::KeyPoint(1, -infinity, 1, 0),
+                                  cv::KeyPoint(1, 1, infinity, 0), cv::KeyPoint(1, 1, 1, nan)})
+    expectRefused([&] { MirelScalingORB(image).getDescriptors({good, bad}); }, "in key point 1 given, finite");
+
+  unsigned char bytes[33] = {};
+  const auto describe = [&](const cv::Mat& patch, unsigned char* to, int count) {
+    return [=] { MirelScalingORB::getNormalizedPatchDescriptor(patch, to, count); };
+  };
+  const cv::Mat patch = image(cv::Rect(0, 0, 31, 31)), floats(31, 31, CV_32FC1, cv::Scalar(0));
+  for (const cv::Mat& bad : {cv::Mat(), floats}) expectRefused(describe(bad, bytes, 32), "8-bit grey image expected");
+  for (const cv::Size size : {cv::Size(30, 40), cv::Size(40, 30)})
+    expectRefused(describe(image(cv::Rect({0, 0}, size)), bytes, 32), "at least 31 x 31 expected");
+  expectRefused(describe(patch, nullptr, 32), "descriptor: null given");
+  for (const int count : {-1, 33}) expectRefused(describe(patch, bytes, count), "0 to 32 expected");
+  EXPECT_TRUE(std::all_of(std::begin(bytes), std::end(bytes), [](int b) { return b == 0; }));
+}
+
+}  // namespace
+}  // namespace MirelAlgorithms
