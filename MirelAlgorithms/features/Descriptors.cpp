@@ -1,6 +1,7 @@
 #include <MirelAlgorithms/features/Descriptors.h>
 #include <MirelAlgorithms/features/internal/DescriptorFamilies.h>
 #include <MirelAlgorithms/features/internal/DescriptorSettings.h>
+#include <MirelAlgorithms/features/internal/Enhancement.h>
 #include <MirelAlgorithms/features/internal/FeatureMatrix.h>
 #include <MirelAlgorithms/features/internal/FixedPointDescriptor.h>
 #include <MirelAlgorithms/frame/internal/Require.h>
@@ -31,12 +32,11 @@ bool retrieveDescriptors(const cv::Mat& image, cv::Mat& features, cv::Mat& descr
   requireGrey8(function, "image", image);
   requireFeatureMatrix(function, "features", features);
 
-  cv::Mat enhanced;
-  MirelCore::enhance(image, enhanced, s.enhancement, {});
+  const cv::Mat view = enhanced(image, s.enhancement);
   if (s.type == 0)
-    describeFixedPoint(enhanced, features, descriptors);
+    describeFixedPoint(view, features, descriptors);
   else
-    describeKeyPoints(enhanced, features, descriptors, s);
+    describeKeyPoints(view, features, descriptors, s);
   return true;
 }
 

@@ -3,6 +3,7 @@
 #include <MirelAlgorithms/features/FixedPointCorners.h>
 #include <MirelAlgorithms/features/internal/CellBalancedDetection.h>
 #include <MirelAlgorithms/features/internal/Detectors.h>
+#include <MirelAlgorithms/features/internal/Enhancement.h>
 #include <MirelAlgorithms/features/internal/ExtractionSettings.h>
 #include <MirelAlgorithms/features/internal/FeatureMatrix.h>
 #include <MirelAlgorithms/features/internal/Latch.h>
@@ -13,12 +14,6 @@ namespace MirelAlgorithms {
 namespace {
 
 constexpr const char* function = "retrieveFeatures";
-
-cv::Mat enhanced(const cv::Mat& image, int strength) {
-  cv::Mat result;
-  MirelCore::enhance(image, result, strength, {});
-  return result;
-}
 
 bool detectAndDescribe(const cv::Mat& image, cv::Mat& features, const SmartPtr<AttrContainer>& settings,
                        bool descriptors) {

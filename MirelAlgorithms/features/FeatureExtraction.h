@@ -32,7 +32,8 @@ namespace MirelAlgorithms {
 /// among those is the region error of images so small that their remainder of columns or rows counts as one more cell
 /// (11 columns in 3 cells).
 ///
-/// Any number of threads on their own outputs. Cost of 1 and 2: one run of the detector on the whole image per cell.
+/// Any number of threads on their own outputs. Cost of 1 and 2: little more than one run of the detector on the whole
+/// image, however many cells.
 MIREL_API bool retrieveFeatures(const cv::Mat& image, cv::Mat& features, SmartPtr<AttrContainer> settings,
                                 bool descriptors);
 

@@ -1,6 +1,7 @@
 #include <MirelAlgorithms/features/FixedPointCorners.h>
 #include <MirelAlgorithms/features/internal/CandidateSearch.h>
 #include <MirelAlgorithms/features/internal/CellSelection.h>
+#include <MirelAlgorithms/features/internal/Enhancement.h>
 #include <MirelAlgorithms/features/internal/FeatureMatrix.h>
 #include <MirelAlgorithms/features/internal/FixedPointResponse.h>
 #include <MirelAlgorithms/features/internal/MatrixDump.h>
@@ -67,9 +68,8 @@ CornerSettings readUsableSettings(const SmartPtr<AttrContainer>& container) {
   return settings;
 }
 
-cv::Mat enhanced(const cv::Mat& image, const ResponseSettings& settings) {
-  cv::Mat result;
-  MirelCore::enhance(image, result, settings.enhancement, {});
+cv::Mat workImage(const cv::Mat& image, const ResponseSettings& settings) {
+  cv::Mat result = enhanced(image, settings.enhancement);
   requireGrey8(function, "enhanced image", result);
   if (result.isSubmatrix()) result = result.clone();  // filters must not see what lies around it
   if (!settings.median) return result;
@@ -138,7 +138,7 @@ bool retrieveFeaturesFPGA(const cv::Mat& image, cv::Mat& features, SmartPtr<Attr
   requireGrey8(function, "image", image);
   const CornerSettings corner = readUsableSettings(settings);
 
-  const cv::Mat work = enhanced(image, corner.response);
+  const cv::Mat work = workImage(image, corner.response);
   KeptMatrix response;
   const double largest = makeResponse(work, corner, response.matrix);
   if (corner.search.dumpResponse) dump(response.matrix, corner);

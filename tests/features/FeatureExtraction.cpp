@@ -1,37 +1,16 @@
 #include <MirelAlgorithms/features/Descriptors.h>
 #include <MirelAlgorithms/features/FeatureExtraction.h>
 #include <MirelAlgorithms/features/FixedPointCorners.h>
+#include <MirelAlgorithms/features/internal/Enhancement.h>
+#include <features/DetectionTest.h>
 #include <features/FeatureTest.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstring>
-#include <opencv2/features2d.hpp>
-#include <opencv2/imgproc.hpp>
 
 namespace MirelAlgorithms {
 namespace {
-
-// Overlapping boxes and discs: corners for some detectors, regions for others.
-cv::Mat scene(int rows, int cols, std::uint64_t seed) {
-  cv::Mat image(rows, cols, CV_8UC1, cv::Scalar(128));
-  cv::RNG random(seed);
-  for (int i = 0; i < rows * cols / 150; ++i) {
-    const cv::Point at(random.uniform(0, cols), random.uniform(0, rows));
-    const int size = random.uniform(3, 15), grey = random.uniform(0, 256);
-    if (i % 2 == 0)
-      cv::rectangle(image, cv::Rect(at.x, at.y, size, size), grey, cv::FILLED);
-    else
-      cv::circle(image, at, size / 2, grey, cv::FILLED);
-  }
-  return image;
-}
-
-cv::Mat enhanced(const cv::Mat& image, int strength) {
-  cv::Mat result;
-  MirelCore::enhance(image, result, strength, {});
-  return result;
-}
 
 bool same(const cv::Mat& a, const cv::Mat& b) {
   if (a.empty() || b.empty()) return a.empty() && b.empty();
@@ -50,20 +29,16 @@ cv::Mat matrixOf(const std::vector<cv::KeyPoint>& keyPoints) {
 std::vector<cv::KeyPoint> cellByCell(const cv::Mat& image, const cv::Ptr<cv::Feature2D>& detector, int cells,
                                      int budget) {
   const int quota = budget / (cells * cells), w = image.cols / cells, h = image.rows / cells;
-  cv::Mat mask(image.size(), CV_8UC1, cv::Scalar(0));
   std::vector<cv::KeyPoint> result;
   for (int y0 = 0; y0 < image.rows - h / 2; y0 += h)
     for (int x0 = 0; x0 < image.cols - w / 2; x0 += w) {
-      mask(cv::Rect(x0, y0, w, h)) = 255;
-      std::vector<cv::KeyPoint> found;
-      detector->detect(image, found, mask);
+      std::vector<cv::KeyPoint> found = detectMasked(*detector, image, cv::Rect(x0, y0, w, h));
       if (int(found.size()) > quota) {
         std::stable_sort(found.begin(), found.end(),
                          [](const auto& a, const auto& b) { return a.response > b.response; });
         found.resize(quota);
       }
       result.insert(result.end(), found.begin(), found.end());
-      mask(cv::Rect(x0, y0, w, h)) = 0;
     }
   return result;
 }

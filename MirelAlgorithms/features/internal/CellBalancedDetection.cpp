@@ -1,5 +1,6 @@
 #include <MirelAlgorithms/Host.h>
 #include <MirelAlgorithms/features/internal/CellBalancedDetection.h>
+#include <MirelAlgorithms/features/internal/CellDetector.h>
 #include <MirelAlgorithms/features/internal/Detectors.h>
 #include <MirelAlgorithms/frame/internal/Require.h>
 
@@ -16,12 +17,14 @@ std::vector<int> cellOrigins(int length, int step) {
   return origins;
 }
 
-std::vector<cv::Rect> cellsOf(const cv::Size& image, int cellsPerSide) {
-  const int width = image.width / cellsPerSide;
-  const int height = image.height / cellsPerSide;
+// A cell that leaves the image is OpenCV's region error.
+std::vector<cv::Rect> cellsOf(const cv::Mat& image, int cellsPerSide) {
+  const int width = image.cols / cellsPerSide;
+  const int height = image.rows / cellsPerSide;
   std::vector<cv::Rect> cells;
-  for (const int y : cellOrigins(image.height, height))
-    for (const int x : cellOrigins(image.width, width)) cells.emplace_back(x, y, width, height);
+  for (const int y : cellOrigins(image.rows, height))
+    for (const int x : cellOrigins(image.cols, width)) cells.emplace_back(x, y, width, height);
+  for (const cv::Rect& cell : cells) static_cast<void>(image(cell));
   return cells;
 }
 
@@ -39,22 +42,29 @@ std::size_t quotaPerCell(const DetectionSettings& settings) {
 
 }  // namespace
 
+std::vector<cv::KeyPoint> detectInCells(const cv::Mat& image, cv::Feature2D& detector, int cellsPerSide,
+                                        const QuotaRule& keepQuota) {
+  const std::vector<cv::Rect> cells = cellsOf(image, cellsPerSide);
+  const auto detectorOfCells = createCellDetector(detector, image);
+  std::vector<cv::KeyPoint> all;
+  for (const cv::Rect& cell : cells) {
+    std::vector<cv::KeyPoint> inCell = detectorOfCells->detect(cell);
+    keepQuota(inCell);
+    all.insert(all.end(), inCell.begin(), inCell.end());
+  }
+  return all;
+}
+
 std::vector<cv::KeyPoint> detectInCells(const char* function, const cv::Mat& image, cv::Feature2D& detector,
                                         const DetectionSettings& settings) {
   requireRange(function, "FBMnCells", settings.cells, 1, std::min(image.rows, image.cols));
   const std::size_t quota = quotaPerCell(settings);
-  cv::Mat mask = cv::Mat::zeros(image.size(), CV_8UC1);
-  std::vector<cv::KeyPoint> all, inCell;
-  for (const cv::Rect& cell : cellsOf(image.size(), settings.cells)) {
-    cv::Mat maskOfCell = mask(cell);
-    if (quota == 0) continue;  // nothing would be kept; a cell that leaves the image is an error all the same
-    maskOfCell.setTo(255);
-    detector.detect(image, inCell, mask);
-    maskOfCell.setTo(0);
-    keepStrongest(inCell, quota);
-    all.insert(all.end(), inCell.begin(), inCell.end());
+  if (quota == 0) {
+    cellsOf(image, settings.cells);  // a cell that leaves the image is an error all the same
+    return {};
   }
-  return all;
+  return detectInCells(image, detector, settings.cells,
+                       [quota](std::vector<cv::KeyPoint>& keyPoints) { keepStrongest(keyPoints, quota); });
 }
 
 std::vector<cv::KeyPoint> detectOrbSubPixel(const char* function, const cv::Mat& image,
