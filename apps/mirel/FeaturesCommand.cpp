@@ -7,8 +7,9 @@
 #include "output/Digest.h"
 #include "output/Summary.h"
 #include "pictures/FeaturePicture.h"
-#include "tracking/FrameFeatures.h"
+#include "tracking/FeatureGrid.h"
 
+#include <MirelCore/Log.h>
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -47,17 +48,6 @@ void writeDescriptors(const std::filesystem::path& path, const std::string& show
   }
 }
 
-struct CellRange {
-  int least = 0, most = 0;
-};
-
-CellRange cellRange(const FrameFeatures& features, int cells) {
-  if (cells <= 0) return {};
-  const std::vector<int> counts = countPerCell(features.keyPoints, features.frame.grey.size(), cells);
-  const auto [least, most] = std::minmax_element(counts.begin(), counts.end());
-  return {*least, *most};
-}
-
 void writeCsv(Session& session, const FrameFeatures& features) {
   Csv csv(session.folder(), "features.csv", "x_px,y_px,size_px,angle,response,descriptor_hex");
   for (int i = 0; i < features.descriptors.rows; ++i) {
@@ -69,8 +59,25 @@ void writeCsv(Session& session, const FrameFeatures& features) {
   csv.close();
 }
 
-nlohmann::json resultJson(const FrameFeatures& features, int cells, const StageClock& clock) {
-  const CellRange range = cellRange(features, cells);
+nlohmann::json cellsJson(const FeatureGrid& grid) {
+  nlohmann::json cells = nlohmann::json::array();
+  for (const GridCell& cell : grid.cells) {
+    cells.push_back({{"x_px", cell.area.x},
+                     {"y_px", cell.area.y},
+                     {"width_px", cell.area.width},
+                     {"height_px", cell.area.height},
+                     {"found", cell.found},
+                     {"kept", cell.kept}});
+  }
+  return cells;
+}
+
+/// Fields are described in docs/features-json.md.
+nlohmann::json resultJson(const FrameFeatures& features, const FeatureGrid& grid, const StageClock& clock) {
+  const auto fewer = [](const GridCell& a, const GridCell& b) { return a.kept < b.kept; };
+  const auto [least, most] = std::minmax_element(grid.cells.begin(), grid.cells.end(), fewer);
+  const bool listed = !grid.cells.empty();
+  const int selected = static_cast<int>(features.selected.size()), kept = static_cast<int>(features.keyPoints.size());
   nlohmann::json milliseconds = nlohmann::json::object();
   for (const auto& [stage, seconds] : clock.stages()) milliseconds[stage] = 1000 * seconds;
   return {{"schema", 1},
@@ -78,24 +85,51 @@ nlohmann::json resultJson(const FrameFeatures& features, int cells, const StageC
           {"image", features.frame.name},
           {"width_px", features.frame.grey.cols},
           {"height_px", features.frame.grey.rows},
-          {"found", features.found},
-          {"kept", features.keyPoints.size()},
-          {"dropped_by_descriptor", features.found - static_cast<int>(features.keyPoints.size())},
+          {"found", grid.found},
+          {"kept_by_quotas", selected},
+          {"dropped_by_quotas", grid.found - selected},
+          {"kept", kept},
+          {"dropped_by_descriptor", selected - kept},
           {"descriptor_bytes", features.descriptors.cols},
-          {"cells_per_side", cells},
-          {"least_per_cell", range.least},
-          {"most_per_cell", range.most},
+          {"cells_per_side", grid.cellsPerSide},
+          {"cell_columns", grid.columns},
+          {"cell_rows", grid.rows},
+          {"quota_per_cell", grid.quota},
+          {"least_per_cell", listed ? nlohmann::json(least->kept) : nullptr},
+          {"most_per_cell", listed ? nlohmann::json(most->kept) : nullptr},
+          {"cells", cellsJson(grid)},
           {"milliseconds", milliseconds}};
+}
+
+std::string whyNothing(const nlohmann::json& result) {
+  if (result["found"] == 0) return "no feature was found";
+  if (result["quota_per_cell"] == 0) {
+    return fmt::format("{} features were found, but the quota of a cell is 0: FBMnFeatures is below FBMnCells squared",
+                       result["found"].dump());
+  }
+  return fmt::format("{} features were found, {} kept by the quotas and none by the descriptor", result["found"].dump(),
+                     result["kept_by_quotas"].dump());
 }
 
 ReportAnswer judge(const nlohmann::json& result, const std::string& image) {
   const std::string title = fmt::format("{} features in {}", result["kept"].get<int>(), image);
-  if (result["kept"] == 0) return {title, Verdict::bad, "No result: no feature was found."};
-  if (result["cells_per_side"] > 0 && result["least_per_cell"] == 0) {
+  if (result["kept"] == 0) return {title, Verdict::bad, "No result: " + whyNothing(result) + "."};
+  if (result["least_per_cell"] == 0) {
     return {title, Verdict::weak,
             "Weak: some cells of the grid have no feature; the image has too little texture there."};
   }
   return {title, Verdict::good, "Good: features all over the image."};
+}
+
+std::string perCell(const nlohmann::json& result) {
+  const auto number = [&](const char* name) { return result[name].dump(); };
+  if (result["cells"].empty()) return "not counted";
+  return number("least_per_cell") + " to " + number("most_per_cell");
+}
+
+std::string gridText(const nlohmann::json& result) {
+  return fmt::format("quota {}, grid of {} x {}", result["quota_per_cell"].dump(), result["cell_columns"].dump(),
+                     result["cell_rows"].dump());
 }
 
 std::vector<ReportFact> facts(const nlohmann::json& result) {
@@ -103,11 +137,10 @@ std::vector<ReportFact> facts(const nlohmann::json& result) {
   const auto milliseconds = [&](const char* stage) {
     return fmt::format("{:.1f} ms", result["milliseconds"].value(stage, 0.0));
   };
-  return {{"Found", number("found"), "within the budget"},
-          {"Kept", number("kept"), "with a descriptor"},
-          {"Dropped", number("dropped_by_descriptor"), "by the descriptor"},
-          {"Per cell", number("least_per_cell") + " to " + number("most_per_cell"),
-           fmt::format("grid of {0} x {0}", number("cells_per_side"))},
+  return {{"Found", number("found"), "by the detector"},
+          {"Within quotas", number("kept_by_quotas"), number("dropped_by_quotas") + " dropped"},
+          {"Described", number("kept"), number("dropped_by_descriptor") + " dropped"},
+          {"Per cell", perCell(result), gridText(result)},
           {"Descriptor", number("descriptor_bytes") + " bytes", ""},
           {"Image", number("width_px") + " x " + number("height_px"), "pixels"},
           {"Features", milliseconds("features"), ""},
@@ -115,15 +148,16 @@ std::vector<ReportFact> facts(const nlohmann::json& result) {
 }
 
 std::string summaryText(const nlohmann::json& result, const StageClock& clock) {
-  std::string text = summaryLine("image", fmt::format("{} ({} x {} px)", result["image"].get<std::string>(),
-                                                      result["width_px"].get<int>(), result["height_px"].get<int>()));
-  text += summaryLine("found", result["found"].dump());
-  text += summaryLine("kept", fmt::format("{} ({} dropped by the descriptor)", result["kept"].dump(),
-                                          result["dropped_by_descriptor"].dump()));
-  text += summaryLine("per cell", fmt::format("{} to {}, grid of {} x {}", result["least_per_cell"].dump(),
-                                              result["most_per_cell"].dump(), result["cells_per_side"].dump(),
-                                              result["cells_per_side"].dump()));
-  return text + summaryLine("time", describeStages(clock));
+  const auto number = [&](const char* name) { return result[name].dump(); };
+  const auto step = [&](const char* kept, const char* dropped) {
+    return fmt::format("{} kept, {} dropped", number(kept), number(dropped));
+  };
+  return summaryLine("image", fmt::format("{} ({} x {} px)", result["image"].get<std::string>(), number("width_px"),
+                                          number("height_px"))) +
+         summaryLine("found", number("found")) + summaryLine("quotas", step("kept_by_quotas", "dropped_by_quotas")) +
+         summaryLine("descriptor", step("kept", "dropped_by_descriptor")) +
+         summaryLine("per cell", perCell(result) + ", " + gridText(result)) +
+         summaryLine("time", describeStages(clock));
 }
 
 class FeaturesCommand : public Command {
@@ -151,20 +185,26 @@ class FeaturesCommand : public Command {
   }
 
  private:
+  FeatureGrid count(Session& session, const FrameFeatures& features) const {
+    MirelCore::setLogLevel(0);  // the lines of the run would come once more
+    FeatureGrid grid = session.clock().time("counting", [&] { return countInCells(features, session.settings()); });
+    MirelCore::setLogLevel(common_.logLevel);
+    return grid;
+  }
+
   int show(Session& session, const FrameFeatures& features, const std::vector<InputFile>& inputs) {
-    constexpr int mostCells = 100;  // finer grids are not shown
-    const int wanted = session.settings().integer("FBMnCells", "retrieveFeatures");
-    const int cells = wanted >= 1 && wanted <= mostCells ? wanted : 0;
-    const cv::Mat overlay = session.clock().time("picture", [&] { return drawFeatures(features, cells); });
+    const FeatureGrid grid = count(session, features);
+    const cv::Mat overlay = session.clock().time("picture", [&] { return drawFeatures(features, grid); });
     session.folder().writePicture("overlay.png", overlay);
     writeCsv(session, features);
     if (!descriptors_.empty()) writeDescriptors(session.stageFile(descriptors_).path(), descriptors_, features);
-    const nlohmann::json result = resultJson(features, cells, session.clock());
+    const nlohmann::json result = resultJson(features, grid, session.clock());
     Report report = {
         .command = "mirel features",
         .answer = judge(result, features.frame.name),
         .facts = facts(result),
-        .pictures = {{"Circles as wide as the features, coloured by response; numbers: features in the cell",
+        .pictures = {{"Circles as wide as the features, coloured by response; numbers: features kept in the "
+                      "cell, its quota, features found in it",
                       reportJpeg(overlay)}},
         .charts = {},
         .tables = {},
@@ -173,8 +213,7 @@ class FeaturesCommand : public Command {
     const std::string picture = summaryLine("picture", session.folder().shownPath("overlay.png"));
     session.finish(report, inputs, summaryText(result, session.clock()) + picture);
     if (!features.keyPoints.empty()) return success;
-    fmt::print(stderr, "mirel features: {}: {} features found, {} with a descriptor\n", features.frame.name,
-               features.found, features.keyPoints.size());
+    fmt::print(stderr, "mirel features: {}: {}\n", features.frame.name, whyNothing(result));
     return noResult;
   }
 

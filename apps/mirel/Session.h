@@ -17,8 +17,9 @@ namespace mirel {
 /// the log and the threads are set, the settings checked.
 class Session {
  public:
-  /// @param operations  start of the names of the library's operations that the subcommand calls
-  Session(CLI::App& app, const RunOptions& options, const std::string& operations);
+  /// @param operations  start of the names of the library's operations that the subcommand calls; by default none that
+  ///                    has settings
+  Session(CLI::App& app, const RunOptions& options, const std::string& operations = "none");
 
   Settings& settings() { return settings_; }
   StageClock& clock() { return clock_; }

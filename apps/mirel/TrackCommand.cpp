@@ -75,13 +75,15 @@ class TrackRun {
     const cv::Size size = frame.grey.size();
     const int number = static_cast<int>(result_.frames.size()) + 1;
     if (number == 1) result_.frameSize = size;
-    if (size != result_.frameSize) {
-      throw UsageError(fmt::format("{}: {} x {} pixels, but {} has {} x {}; frames of one size expected", frame.name,
-                                   size.width, size.height, result_.frames[0].name, result_.frameSize.width,
-                                   result_.frameSize.height));
+    if (size != result_.frameSize && options_.mode != "exhaustive") {  // the other modes search around a position
+      throw UsageError(
+          fmt::format("{}: {} x {} pixels, but {} has {} x {}; frames of one size or --mode exhaustive "
+                      "expected",
+                      frame.name, size.width, size.height, result_.frames[0].name, result_.frameSize.width,
+                      result_.frameSize.height));
     }
     FrameFeatures current = extractFeatures(std::move(frame), number, session_.settings(), session_.clock());
-    result_.frames.push_back({number, current.frame.name, static_cast<int>(current.keyPoints.size())});
+    result_.frames.push_back({number, current.frame.name, size, static_cast<int>(current.keyPoints.size())});
     for (std::size_t i = 0; i < current.keyPoints.size(); ++i) {
       const cv::KeyPoint& p = current.keyPoints[i];
       features_.row(number, i, p.pt.x, p.pt.y, p.size, p.angle, p.response);
@@ -150,7 +152,8 @@ class TrackCommand : public Command {
                    "image files in order, one video, a pattern ('left*.png') or a numbered sequence (frame_%04d.png)")
         ->type_name("FRAME");
     app.add_option("--mode", options_.mode,
-                   "narrow: within 120 px, strict; wide: within 400 px, less strict; exhaustive: every pair")
+                   "narrow: within 120 px, strict; wide: within 400 px, less strict; exhaustive: every pair, of "
+                   "frames of any size")
         ->check(oneOf({"narrow", "wide", "exhaustive"}))
         ->type_name("MODE")
         ->capture_default_str();

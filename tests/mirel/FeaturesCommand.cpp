@@ -30,12 +30,47 @@ TEST_F(FeaturesCommand, filesAndNumbersAgree) {
   cv::FileStorage storage(path("d.yml.gz").string(), cv::FileStorage::READ);
   storage["features"] >> features;
   storage["descriptors"] >> descriptors;
+  EXPECT_EQ(static_cast<int>(storage["width"]), 320);
   ASSERT_EQ(features.size(), cv::Size(5, 90));
   ASSERT_EQ(descriptors.rows, 90);
   for (int i = 0; i < 90; ++i) {
     for (int k = 0; k < 5; ++k) EXPECT_EQ(std::stof(csv[i + 1][k]), features.at<float>(i, k)) << i;
     EXPECT_EQ(csv[i + 1][5], hexadecimal(descriptors.row(i))) << i;
   }
+}
+
+TEST_F(FeaturesCommand, cellsAndCountsAreThoseOfTheDetector) {
+  write("a.png", texture(0, 0));
+  const auto result = [&](const std::string& type, const std::string& settings) {
+    return run("features a.png --json --set FBMnCells=7 --set FBMType=" + type + settings).json();
+  };
+  for (const char* type :
+       {"0", "1", "2 --set FBMFeatureType=0", "2 --set FBMFeatureType=2", "2 --set FBMFeatureType=5"}) {
+    const bool fixedPoint = type[0] == '0';
+    for (const int quota : {4, 1000}) {
+      const nlohmann::json numbers = result(type, " --set FBMnFeatures=" + std::to_string(49 * quota + 48));
+      EXPECT_EQ(numbers["quota_per_cell"], quota);
+      int found = 0, kept = 0;
+      for (const auto& cell : numbers["cells"]) {
+        found += cell["found"].get<int>();
+        kept += cell["kept"].get<int>();
+        EXPECT_EQ(cell["kept"], std::min(cell["found"].get<int>(), quota)) << type;
+      }
+      EXPECT_GT(found, 100) << type;
+      EXPECT_EQ(numbers["found"], found) << type;
+      EXPECT_EQ(numbers["kept_by_quotas"], kept) << type;
+      EXPECT_EQ(numbers["dropped_by_quotas"], found - kept);
+      EXPECT_EQ(numbers["kept"].get<int>() + numbers["dropped_by_descriptor"].get<int>(), kept) << type;
+      const nlohmann::json& last = numbers["cells"].back();  // 320 x 240 = 7 * 45 + 5 x 7 * 34 + 2
+      EXPECT_NEAR(last["x_px"].get<double>() + last["width_px"].get<double>(), fixedPoint ? 319.5 : 314.5, 1e-4);
+      EXPECT_NEAR(last["y_px"].get<double>() + last["height_px"].get<double>(), fixedPoint ? 239.5 : 237.5, 1e-4);
+    }
+  }
+  // Refinement moves features over borders, a threshold drops some: neither changes what was found where.
+  EXPECT_EQ(result("1", "")["cells"], result("2", "")["cells"]);
+  EXPECT_EQ(result("0", " --set FBMUseAutoThreshold=true")["found"], result("0", "")["found"]);
+  EXPECT_EQ(result("0", "")["quota_per_cell"], 900 / 49);
+  EXPECT_EQ(result("1", "")["quota_per_cell"], 2000 / 49);
 }
 
 TEST_F(FeaturesCommand, standardInputIsAnImageToo) {
@@ -51,6 +86,11 @@ TEST_F(FeaturesCommand, nothingFoundIsStatus1) {
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(result.errorLines(), 1);
   EXPECT_EQ(readCsv("out/features.csv").size(), 1u);
+  write("a.png", texture(0, 0));
+  const ToolResult quota = run("features a.png --json --set FBMnFeatures=8");
+  EXPECT_EQ(quota.status, 1);
+  EXPECT_NE(quota.errors.find("the quota of a cell is 0"), std::string::npos) << quota.errors;
+  EXPECT_GT(quota.json()["found"], 100);
 }
 
 TEST_F(FeaturesCommand, dumpsOfTheLibraryGoToTheFolderOfResults) {

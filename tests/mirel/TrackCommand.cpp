@@ -55,6 +55,16 @@ TEST_F(TrackCommand, countsAreThoseOfTheMatcher) {
   EXPECT_EQ(pair["after_backward_test"], pair["matches"]);
 }
 
+TEST_F(TrackCommand, framesOfAnySizeInModeExhaustive) {
+  write("a.png", texture(0, 0)(cv::Rect(60, 40, 200, 180)));
+  write("b.png", texture(0, 0));
+  for (const char* frames : {"a.png b.png", "b.png a.png"}) {
+    const nlohmann::json numbers = run(std::string("track ") + frames + " --mode exhaustive --json").json();
+    EXPECT_NE(numbers["frames"][0]["width_px"], numbers["frames"][1]["width_px"]);
+    EXPECT_GT(numbers["pairs"][0]["inliers"], 50) << frames;
+  }
+}
+
 TEST_F(TrackCommand, rotationAndScaleAreThoseOfThePicture) {
   const cv::Mat from = texture(0, 0);
   cv::Mat to;

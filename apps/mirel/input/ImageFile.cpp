@@ -20,18 +20,22 @@ namespace {
 
 constexpr std::uintmax_t maxBytes = 1u << 30;
 
-void checkBytes(const std::string& name, std::uintmax_t size) {
-  if (size == 0) throw UsageError(name + ": empty, an image or a video expected");
+void checkBytes(const std::string& name, std::uintmax_t size, const FileKind& wanted) {
+  if (size == 0) throw UsageError(name + ": empty, " + wanted.name + " expected");
 }
 
-std::string readStandardInput() {
+void checkFitsMemory(const std::string& name, std::uintmax_t size) {
+  if (size > maxBytes) throw UsageError(name + ": more than 1 GiB, a smaller file expected");
+}
+
+std::string readStandardInput(const FileKind& wanted) {
   std::string bytes;
   std::vector<char> block(1 << 20);
   while (std::cin.read(block.data(), block.size()) || std::cin.gcount() > 0) {
     bytes.append(block.data(), static_cast<std::size_t>(std::cin.gcount()));
-    if (bytes.size() > maxBytes) throw UsageError("-: more than 1 GiB on standard input, an image expected");
+    checkFitsMemory("-", bytes.size());
   }
-  checkBytes("-", bytes.size());
+  checkBytes("-", bytes.size(), wanted);
   return bytes;
 }
 
@@ -47,24 +51,24 @@ cv::Mat decodeQuietly(std::string_view bytes) {
 
 }  // namespace
 
-void checkIsFile(const std::string& path) {
+void checkIsFile(const std::string& path, const FileKind& wanted) {
   std::error_code error;
   const fs::file_status status = fs::status(path, error);
   if (status.type() == fs::file_type::not_found) throw UsageError(path + ": no such file");
   if (status.type() == fs::file_type::none) throw UsageError(path + ": cannot be read: " + error.message());
   if (status.type() == fs::file_type::directory) {
-    throw UsageError(path + ": a folder, files expected, for example '" + (fs::path(path) / "*.png").string() + "'");
+    throw UsageError(path + ": a folder, files expected, for example '" + (fs::path(path) / wanted.example).string() + "'");
   }
-  if (status.type() != fs::file_type::regular) throw UsageError(path + ": neither an image nor a video file");
-  checkBytes(path, fs::file_size(path, error));
+  if (status.type() != fs::file_type::regular) throw UsageError(path + ": no file with content, " + wanted.name + " expected");
+  checkBytes(path, fs::file_size(path, error), wanted);
   if (!std::ifstream(path, std::ios::binary)) throw UsageError(path + ": cannot be read: permission denied");
 }
 
-std::string readBytes(const std::string& path) {
-  if (path == "-") return readStandardInput();
-  checkIsFile(path);
+std::string readBytes(const std::string& path, const FileKind& wanted) {
+  if (path == "-") return readStandardInput(wanted);
+  checkIsFile(path, wanted);
   const std::uintmax_t size = fs::file_size(path);
-  if (size > maxBytes) throw UsageError(path + ": more than 1 GiB, an image expected");
+  checkFitsMemory(path, size);
   std::string bytes(size, '\0');
   std::ifstream stream(path, std::ios::binary);
   if (!stream.read(bytes.data(), static_cast<std::streamsize>(size))) throw UsageError(path + ": cannot be read");

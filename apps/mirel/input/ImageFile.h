@@ -10,11 +10,18 @@ namespace mirel {
 /// Frames of more pixels are refused: 100 megapixels.
 inline constexpr std::uint64_t maxPixels = 100'000'000;
 
+/// What messages say was expected.
+struct FileKind {
+  const char *name, *example;
+};
+inline constexpr FileKind imageFile = {"an image or a video", "*.png"};
+inline constexpr FileKind tableFile = {"a table of numbers", "log.csv"};
+
 /// Throws `UsageError` unless the path leads to a file that has content and is neither a folder nor a device.
-void checkIsFile(const std::string& path);
+void checkIsFile(const std::string& path, const FileKind& wanted = imageFile);
 
 /// All bytes of a file, or of standard input for "-". Throws `UsageError`.
-std::string readBytes(const std::string& path);
+std::string readBytes(const std::string& path, const FileKind& wanted = imageFile);
 
 /// Decodes any image that OpenCV reads; colour and 16-bit images become 8-bit grey, turned as their EXIF data say.
 ///

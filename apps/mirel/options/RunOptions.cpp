@@ -11,19 +11,30 @@
 
 namespace mirel {
 
-void RunOptions::add(CLI::App& app) {
-  const char* group = "Common options";
+namespace {
+
+constexpr const char* group = "Common options";
+
+}  // namespace
+
+void RunOptions::addOutput(CLI::App& app) {
   app.add_option("--out", out, "folder for the results, made if missing")
       ->type_name("DIR")
       ->capture_default_str()
       ->group(group);
+  app.add_option("--config", config, "repeat a recorded run; options given here come before the recorded ones")
+      ->type_name("run.json")
+      ->group(group);
+  app.add_flag("--json", json, "the result as JSON on standard output, and nothing else there")->group(group);
+  app.add_flag("--quiet", quiet, "no summary, no progress bar")->group(group);
+}
+
+void RunOptions::add(CLI::App& app) {
+  addOutput(app);
   app.add_option("--set", settings, "a setting of the library, repeatable; all keys: mirel settings")
       ->type_name("KEY=VALUE")
       ->allow_extra_args(false)
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
-      ->group(group);
-  app.add_option("--config", config, "repeat a recorded run; options given here come before the recorded ones")
-      ->type_name("run.json")
       ->group(group);
   app.add_option("--threads", threads, "number of threads; the result does not depend on it")
       ->type_name("N")
@@ -33,8 +44,6 @@ void RunOptions::add(CLI::App& app) {
       ->type_name("LEVEL")
       ->check(atLeast(0))
       ->group(group);
-  app.add_flag("--json", json, "the result as JSON on standard output, and nothing else there")->group(group);
-  app.add_flag("--quiet", quiet, "no summary, no progress bar")->group(group);
 }
 
 std::unique_ptr<oneapi::tbb::global_control> RunOptions::apply() const {

@@ -21,6 +21,9 @@ struct RunOptions {
   /// Declares them on a subcommand.
   void add(CLI::App& app);
 
+  /// Declares those about the results only, on a subcommand that calls nothing with settings, log lines or threads.
+  void addOutput(CLI::App& app);
+
   /// Starts the library's log on standard error and limits the threads for as long as the result lives.
   std::unique_ptr<oneapi::tbb::global_control> apply() const;
 };

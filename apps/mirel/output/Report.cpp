@@ -80,9 +80,11 @@ std::string picturesHtml(const std::vector<ReportPicture>& pictures) {
   return html + "</section>\n";
 }
 
-std::string chartsHtml(const std::vector<ReportChart>& charts) {
+std::string chartsHtml(const Report& report, const std::vector<ReportChart>& charts) {
   if (charts.empty()) return {};
-  std::string html = "<section>\n<h2>Over the frames</h2>\n<div class=\"charts\">\n";
+  std::string html = fmt::format("<section>\n<h2>{}</h2>\n", escape(report.chartsTitle));
+  if (!report.chartsNote.empty()) html += fmt::format("<p class=\"note\">{}</p>\n", escape(report.chartsNote));
+  html += charts[0].overTime ? "<div class=\"charts stacked\">\n" : "<div class=\"charts\">\n";
   for (std::size_t i = 0; i < charts.size(); ++i) {
     html += fmt::format("<div class=\"chart\"><h3>{}</h3><div><canvas id=\"chart{}\"></canvas></div></div>\n",
                         escape(charts[i].title), i);
@@ -97,7 +99,9 @@ nlohmann::json chartsJson(const std::vector<ReportChart>& charts) {
                     {"y", chart.yLabel},
                     {"labels", chart.labels},
                     {"series", chart.series},
-                    {"fromZero", chart.fromZero}});
+                    {"fromZero", chart.fromZero},
+                    {"overTime", chart.overTime},
+                    {"shaded", chart.shaded}});
   }
   return list;
 }
@@ -142,14 +146,16 @@ std::string settingsRows(const nlohmann::json& settings, bool changed) {
 }
 
 std::string settingsHtml(const nlohmann::json& settings) {
+  if (settings.empty()) return {};
   const char* head =
       "<div class=\"wide\"><table><thead><tr><th>Key</th><th>Value</th><th>Default</th><th>Meaning</th><th>Read by</th>"
       "</tr></thead><tbody>\n";
   const char* tail = "</tbody></table></div>\n";
   const std::string changed = settingsRows(settings, true);
-  return (changed.empty() ? "<p>All at their defaults.</p>\n" : head + changed + tail) +
+  return "<section>\n<h2>Settings in force</h2>\n" +
+         (changed.empty() ? "<p>All at their defaults.</p>\n" : head + changed + tail) +
          "<details><summary>Settings at their defaults</summary>\n" + head + settingsRows(settings, false) + tail +
-         "</details>\n";
+         "</details>\n</section>\n";
 }
 
 std::string footerHtml(const nlohmann::json& run) {
@@ -170,7 +176,7 @@ std::string Report::html() const {
                            {"verdict", escape(answer.sentence)},
                            {"facts", factsHtml(facts)},
                            {"pictures", picturesHtml(pictures)},
-                           {"charts", chartsHtml(drawable)},
+                           {"charts", chartsHtml(*this, drawable)},
                            {"tables", tablesHtml(tables)},
                            {"settings", settingsHtml(run["settings"])},
                            {"footer", footerHtml(run)},

@@ -22,8 +22,10 @@ struct ReportPicture {
 struct ReportChart {
   std::string title, xLabel, yLabel;
   nlohmann::json labels;  ///< one per point
-  nlohmann::json series;  ///< list of {"name", "values"}; null is a gap
+  nlohmann::json series;  ///< list of {"name", "values"}, also "dashed"; null is a gap
   bool fromZero = true;
+  bool overTime = false;  ///< labels are numbers in ascending order, shown to scale and over the whole width
+  nlohmann::json shaded = nlohmann::json::array();  ///< over time: list of [from, to]
 };
 
 /// Cells that read as numbers are set to the right.
@@ -44,6 +46,8 @@ struct Report {
   ReportAnswer answer;
   std::vector<ReportFact> facts;
   std::vector<ReportPicture> pictures;
+  std::string chartsTitle = "Over the frames";
+  std::string chartsNote = {};  ///< a sentence under the title
   std::vector<ReportChart> charts;
   std::vector<ReportTable> tables;
   nlohmann::json result;  ///< the numbers

@@ -3,21 +3,40 @@
 (() => {
   const colours = ["#1f6fb2", "#d9730d", "#1b7f4d", "#8e44ad"];
   const charts = JSON.parse(document.getElementById("data").textContent).charts;
+  const points = (chart, series) =>
+    chart.overTime ? series.values.map((y, i) => ({ x: chart.labels[i], y })) : series.values;
+  const span = (chart) => chart.overTime ? { type: "linear", min: chart.labels[0], max: chart.labels.at(-1) } : {};
+  // Grey bands behind the curves.
+  const shading = (chart) => ({
+    id: "shading",
+    beforeDatasetsDraw({ ctx, chartArea: area, scales: { x } }) {
+      ctx.save();
+      ctx.fillStyle = "rgba(70, 80, 90, .12)";
+      for (const [from, to] of chart.shaded) {
+        const left = x.getPixelForValue(from);
+        ctx.fillRect(left, area.top, x.getPixelForValue(to) - left, area.bottom - area.top);
+      }
+      ctx.restore();
+    },
+  });
   const drawn = charts.map((chart, index) => new Chart(document.getElementById("chart" + index), {
     type: "line",
     data: {
       labels: chart.labels,
       datasets: chart.series.map((series, i) => ({
-        label: series.name, data: series.values, borderColor: colours[i], backgroundColor: colours[i],
-        borderWidth: 1.8, pointRadius: chart.labels.length > 60 ? 0 : 2.5, pointHitRadius: 8, spanGaps: false,
+        label: series.name, data: points(chart, series), borderColor: series.dashed ? "#1e2328" : colours[i],
+        backgroundColor: series.dashed ? "#1e2328" : colours[i], borderDash: series.dashed ? [5, 4] : [],
+        borderWidth: chart.overTime ? 1.2 : 1.8, pointRadius: chart.labels.length > 60 ? 0 : 2.5, pointHitRadius: 8,
+        spanGaps: false,
       })),
     },
+    plugins: [shading(chart)],
     options: {
       animation: false, maintainAspectRatio: false,
       interaction: { mode: "index", intersect: false },
       plugins: { legend: { display: chart.series.length > 1, position: "bottom", labels: { boxWidth: 14 } } },
       scales: {
-        x: { title: { display: true, text: chart.x }, ticks: { maxRotation: 0, autoSkipPadding: 16 } },
+        x: { ...span(chart), title: { display: true, text: chart.x }, ticks: { maxRotation: 0, autoSkipPadding: 16 } },
         y: { title: { display: true, text: chart.y }, beginAtZero: chart.fromZero },
       },
     },

@@ -54,6 +54,10 @@ void ColourScale::drawBar(cv::Mat& picture, cv::Rect area, const std::string& ti
   if (empty_) return;
   constexpr double height = 11;
   constexpr int barHeight = 14, gap = 12;
+  if (!(high_ > low_)) {  // nothing for a bar to tell apart
+    drawText(picture, fmt::format("{}: {:.3g} everywhere", title, low_), {area.x, area.y + barHeight - 2}, height, ink);
+    return;
+  }
   const std::string label = title + (logarithmic_ ? " (log scale)" : "");
   drawText(picture, label, {area.x, area.y + barHeight - 2}, height, ink);
   const int left = area.x + textWidth(label, height) + gap;
@@ -62,9 +66,7 @@ void ColourScale::drawBar(cv::Mat& picture, cv::Rect area, const std::string& ti
   cv::resize(palette(), colours, bar.size(), 0, 0, cv::INTER_LINEAR);
   colours.copyTo(picture(bar));
   cv::rectangle(picture, bar, ink);
-  const bool single = !(high_ > low_);
   for (const double at : {0.0, 0.5, 1.0}) {
-    if (single && at != 0.5) continue;
     const std::string number = fmt::format("{:.3g}", valueAt(at));
     const int x = bar.x + static_cast<int>(at * (bar.width - 1));
     drawLine(picture, cv::Point2f(x, bar.y + barHeight), cv::Point2f(x, bar.y + barHeight + 4), ink, 1);

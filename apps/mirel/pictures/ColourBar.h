@@ -16,7 +16,8 @@ class ColourScale {
 
   cv::Scalar colour(double value) const;
 
-  /// Draws the bar with its title and three numbers into the left part of `area`; nothing when there were no values.
+  /// Draws the bar with its title and three numbers into the left part of `area`; words when all values are
+  /// one, nothing when there were none.
   void drawBar(cv::Mat& picture, cv::Rect area, const std::string& title) const;
 
  private:

@@ -61,11 +61,12 @@ std::vector<std::string> headings(const PairResult& pair) {
 }  // namespace
 
 cv::Mat drawMatches(const cv::Mat& grey1, const cv::Mat& grey2, const PairResult& pair, bool circles) {
-  const double scale = viewScale(grey1.size(), frameWidth);
+  const cv::Size largest(std::max(grey1.cols, grey2.cols), std::max(grey1.rows, grey2.rows));
+  const double scale = viewScale(largest, frameWidth);
   const cv::Mat left = viewOf(grey1, scale), right = viewOf(grey2, scale);
-  cv::Mat view(left.rows, left.cols + gap + right.cols, CV_8UC3, paper);
-  left.copyTo(view.colRange(0, left.cols));
-  cv::Mat rightPart = view.colRange(left.cols + gap, view.cols);
+  cv::Mat view(std::max(left.rows, right.rows), left.cols + gap + right.cols, CV_8UC3, paper);
+  left.copyTo(view(cv::Rect({}, left.size())));
+  cv::Mat rightPart = view(cv::Rect({left.cols + gap, 0}, right.size()));
   right.copyTo(rightPart);
   if (circles) drawSearchCircles(rightPart, pair, scale);
 

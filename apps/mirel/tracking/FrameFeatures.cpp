@@ -9,21 +9,31 @@ namespace mirel {
 
 namespace {
 
-FrameFeatures extract(const Frame& frame, const Settings& settings, StageClock& clock) {
-  FrameFeatures result;
+cv::Mat detect(const Frame& frame, const Settings& settings) {
   cv::Mat features;
-  const auto container = settings.container();
-  clock.time("features",
-             [&] { MirelAlgorithms::retrieveFeatures(frame.grey, features, container, /*descriptors=*/false); });
-  result.found = features.rows;
-  if (!features.empty()) {
-    clock.time("descriptors",
-               [&] { MirelAlgorithms::retrieveDescriptors(frame.grey, features, result.descriptors, container); });
-  }
+  MirelAlgorithms::retrieveFeatures(frame.grey, features, settings.container(), /*descriptors=*/false);
+  return features;
+}
+
+std::vector<cv::KeyPoint> toKeyPoints(const cv::Mat& features) {
+  std::vector<cv::KeyPoint> keyPoints;
+  keyPoints.reserve(static_cast<std::size_t>(features.rows));
   for (int i = 0; i < features.rows; ++i) {
     const auto& [x, y, size, angle, response] = features.at<cv::Vec<float, 5>>(i).val;
-    result.keyPoints.emplace_back(x, y, size, angle, response);
+    keyPoints.emplace_back(x, y, size, angle, response);
   }
+  return keyPoints;
+}
+
+FrameFeatures extract(const Frame& frame, const Settings& settings, StageClock& clock) {
+  FrameFeatures result;
+  cv::Mat features = clock.time("features", [&] { return detect(frame, settings); });
+  result.selected = toKeyPoints(features);
+  if (features.empty()) return result;
+  clock.time("descriptors", [&] {
+    MirelAlgorithms::retrieveDescriptors(frame.grey, features, result.descriptors, settings.container());
+  });
+  result.keyPoints = toKeyPoints(features);
   return result;
 }
 
@@ -40,15 +50,8 @@ FrameFeatures extractFeatures(Frame frame, int number, const Settings& settings,
   }
 }
 
-std::vector<int> countPerCell(const std::vector<cv::KeyPoint>& keyPoints, cv::Size image, int cells) {
-  std::vector<int> counts(static_cast<std::size_t>(cells) * cells);
-  const auto cell = [&](float at, int length) {
-    return std::clamp(static_cast<int>(static_cast<double>(at) * cells / length), 0, cells - 1);
-  };
-  for (const cv::KeyPoint& point : keyPoints) {
-    ++counts[static_cast<std::size_t>(cell(point.pt.y, image.height)) * cells + cell(point.pt.x, image.width)];
-  }
-  return counts;
+std::vector<cv::KeyPoint> detectFeatures(const Frame& frame, const Settings& settings) {
+  return toKeyPoints(detect(frame, settings));
 }
 
 }  // namespace mirel

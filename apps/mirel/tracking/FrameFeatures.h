@@ -13,8 +13,8 @@ namespace mirel {
 struct FrameFeatures {
   int number = 0;  ///< 1 for the first frame of a run
   Frame frame;
-  int found = 0;                        ///< features before descriptors were made; a family may drop some
-  std::vector<cv::KeyPoint> keyPoints;  ///< those that have a descriptor
+  std::vector<cv::KeyPoint> selected;   ///< as detected, within the quotas
+  std::vector<cv::KeyPoint> keyPoints;  ///< those that have a descriptor; a family may drop some
   cv::Mat descriptors;                  ///< one row for each of them
 };
 
@@ -22,7 +22,7 @@ struct FrameFeatures {
 /// refuses image or settings.
 FrameFeatures extractFeatures(Frame frame, int number, const Settings& settings, StageClock& clock);
 
-/// Features per cell of a grid of `cells` x `cells` over the image, row by row.
-std::vector<int> countPerCell(const std::vector<cv::KeyPoint>& keyPoints, cv::Size image, int cells);
+/// The first half of it alone.
+std::vector<cv::KeyPoint> detectFeatures(const Frame& frame, const Settings& settings);
 
 }  // namespace mirel

@@ -53,8 +53,7 @@ ReportFact fact(const std::string& label, const Spread& spread, const std::strin
 std::vector<ReportFact> facts(const TrackResult& result, const StageClock& clock) {
   const std::vector<PairResult> moving = movingPairs(result.pairs);
   const double work = clock.seconds("features") + clock.seconds("descriptors") + clock.seconds("matching");
-  std::vector<ReportFact> list = {{"Frames", fmt::format("{}", result.frames.size()),
-                                   fmt::format("{} x {} px", result.frameSize.width, result.frameSize.height)},
+  std::vector<ReportFact> list = {{"Frames", fmt::format("{}", result.frames.size()), sizeText(result) + " px"},
                                   fact("Features per frame", Spread(result.featureCounts(), "{:.0f}"), "")};
   for (const std::size_t i : {4, 5}) {
     const PairNumber& test = testNumbers()[i];

@@ -49,8 +49,8 @@ json pairJson(const PairResult& pair) {
 }
 
 std::string frameRange(const TrackResult& result) {
-  return fmt::format("{} ({} to {}, {} x {} px)", result.frames.size(), result.frames.front().name,
-                     result.frames.back().name, result.frameSize.width, result.frameSize.height);
+  return fmt::format("{} ({} to {}, {} px)", result.frames.size(), result.frames.front().name,
+                     result.frames.back().name, sizeText(result));
 }
 
 std::string motionLines(const TrackResult& result) {
@@ -76,10 +76,20 @@ std::vector<double> TrackResult::featureCounts() const {
   return counts;
 }
 
+std::string sizeText(const TrackResult& result) {
+  const auto text = [](cv::Size size) { return fmt::format("{} x {}", size.width, size.height); };
+  const cv::Size last = result.frames.back().size;
+  return text(result.frameSize) + (last == result.frameSize ? "" : " to " + text(last));
+}
+
 json resultJson(const TrackResult& result) {
   json frames = json::array(), pairs = json::array();
   for (const TrackedFrame& frame : result.frames) {
-    frames.push_back({{"frame", frame.number}, {"name", frame.name}, {"features", frame.features}});
+    frames.push_back({{"frame", frame.number},
+                      {"name", frame.name},
+                      {"width_px", frame.size.width},
+                      {"height_px", frame.size.height},
+                      {"features", frame.features}});
   }
   for (const PairResult& pair : result.pairs) pairs.push_back(pairJson(pair));
   return {{"schema", 1},

@@ -13,12 +13,13 @@ namespace mirel {
 struct TrackedFrame {
   int number = 0;
   std::string name;
+  cv::Size size;
   int features = 0;
 };
 
 struct TrackResult {
   std::string mode;
-  cv::Size frameSize;
+  cv::Size frameSize;  ///< of the first frame
   std::vector<TrackedFrame> frames;
   std::vector<PairResult> pairs;
   int longestTrack = 0;  ///< frames
@@ -26,6 +27,9 @@ struct TrackResult {
   int matchedPairs() const;
   std::vector<double> featureCounts() const;
 };
+
+/// "640 x 480", with the last frame's size where it is another one.
+std::string sizeText(const TrackResult& result);
 
 /// Every number of the result ("schema" 1).
 nlohmann::json resultJson(const TrackResult& result);
