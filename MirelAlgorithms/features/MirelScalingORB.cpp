@@ -1,7 +1,6 @@
 #include <MirelAlgorithms/features/MirelScalingORB.h>
 #include <MirelAlgorithms/features/internal/RotatedPattern.h>
 #include <MirelAlgorithms/frame/internal/Require.h>
-#include <smmintrin.h>
 
 #include <cmath>
 #include <string>
@@ -10,8 +9,6 @@
 namespace MirelAlgorithms {
 namespace {
 
-constexpr int descriptorBytes = orbPattern.size() / 8;
-
 void requireFinite(const char* function, const std::vector<cv::KeyPoint>& keyPoints) {
   for (std::size_t i = 0; i < keyPoints.size(); ++i) {
     const cv::KeyPoint& k = keyPoints[i];
@@ -19,17 +16,6 @@ void requireFinite(const char* function, const std::vector<cv::KeyPoint>& keyPoi
       if (!std::isfinite(value))
         refuse(function, "keyPoints", std::to_string(value) + " in key point " + std::to_string(i),
                "finite position, size and angle");
-  }
-}
-
-void packComparisons(const OrbSamples& samples, unsigned char* descriptor) {
-  for (int j = 0; j < descriptorBytes; j += 2) {
-    const __m128i first = _mm_load_si128(reinterpret_cast<const __m128i*>(samples.first + 8 * j));
-    const __m128i second = _mm_load_si128(reinterpret_cast<const __m128i*>(samples.second + 8 * j));
-    const __m128i notDarker = _mm_cmpeq_epi8(_mm_max_epu8(first, second), first);
-    const int bits = ~_mm_movemask_epi8(notDarker);
-    descriptor[j] = static_cast<unsigned char>(bits);
-    descriptor[j + 1] = static_cast<unsigned char>(bits >> 8);
   }
 }
 
@@ -44,12 +30,9 @@ cv::Mat MirelScalingORB::getDescriptors(const std::vector<cv::KeyPoint>& keyPoin
   if (!keyPoints.empty()) requireGrey8(function, "image", image_);
   requireFinite(function, keyPoints);
 
-  cv::Mat descriptors(static_cast<int>(keyPoints.size()), descriptorBytes, CV_8UC1);
-  OrbSamples samples;
-  for (int i = 0; i < descriptors.rows; ++i) {
-    sampleRotatedPattern(image_, keyPoints[static_cast<std::size_t>(i)], samples);
-    packComparisons(samples, descriptors.ptr(i));
-  }
+  cv::Mat descriptors(static_cast<int>(keyPoints.size()), orbDescriptorBytes, CV_8UC1);
+  for (int i = 0; i < descriptors.rows; ++i)
+    describeRotated(image_, keyPoints[static_cast<std::size_t>(i)], descriptors.ptr(i));
   return descriptors;
 }
 
@@ -61,7 +44,7 @@ void MirelScalingORB::getNormalizedPatchDescriptor(cv::Mat patch, unsigned char*
     refuse(function, "patch", std::to_string(patch.cols) + " x " + std::to_string(patch.rows) + " pixels",
            "at least 31 x 31");
   if (!descriptor) refuse(function, "descriptor", "null", "room for the bytes");
-  requireRange(function, "nBytes", nBytes, 0, descriptorBytes);
+  requireRange(function, "nBytes", nBytes, 0, orbDescriptorBytes);
 
   if (!patch.isContinuous()) patch = patch.clone();  // so that linear indices are addresses
   const std::ptrdiff_t step = patch.cols;

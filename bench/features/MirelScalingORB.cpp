@@ -31,6 +31,7 @@ void scaling_orb_clamped(benchmark::State& state, const bench::ImageFormat& form
 
 #define AT_ALL_COUNTS(function)                                                              \
   BENCHMARK_CAPTURE(function, vga_500, bench::vga, 500)->Unit(benchmark::kMillisecond);      \
+  BENCHMARK_CAPTURE(function, vga_900, bench::vga, 900)->Unit(benchmark::kMillisecond);      \
   BENCHMARK_CAPTURE(function, vga_2000, bench::vga, 2000)->Unit(benchmark::kMillisecond);    \
   BENCHMARK_CAPTURE(function, 1080p_500, bench::hd1080, 500)->Unit(benchmark::kMillisecond); \
   BENCHMARK_CAPTURE(function, 1080p_2000, bench::hd1080, 2000)->Unit(benchmark::kMillisecond)

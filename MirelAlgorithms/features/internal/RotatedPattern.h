@@ -1,4 +1,4 @@
-/// The ORB pattern turned, stretched and placed on an image.
+/// The ORB pattern turned, stretched, placed on an image and compared.
 #pragma once
 
 #include <MirelAlgorithms/features/internal/OrbPattern.h>
@@ -8,18 +8,16 @@
 
 namespace MirelAlgorithms {
 
-/// One byte for each point of the pattern: the first points of all pairs, then the second ones.
-struct OrbSamples {
-  alignas(32) std::uint8_t first[orbPattern.size()];
-  alignas(32) std::uint8_t second[orbPattern.size()];
-};
+/// Bytes of an ORB descriptor.
+inline constexpr int orbDescriptorBytes = orbPattern.size() / 8;
 
-/// The pixels under the pattern of a key point, see `MirelScalingORB::getDescriptors`.
+/// Descriptor of a key point, see `MirelScalingORB::getDescriptors`.
 ///
-/// @param image     8-bit grey, not empty
-/// @param keyPoint  position, size and angle are finite
+/// @param image       8-bit grey, not empty
+/// @param keyPoint    position, size and angle are finite
+/// @param descriptor  receives `orbDescriptorBytes` bytes
 ///
 /// Vector code of the widest instruction set, the same bits on each.
-void sampleRotatedPattern(const cv::Mat& image, const cv::KeyPoint& keyPoint, OrbSamples& samples);
+void describeRotated(const cv::Mat& image, const cv::KeyPoint& keyPoint, std::uint8_t* descriptor);
 
 }  // namespace MirelAlgorithms
