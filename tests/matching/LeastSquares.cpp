@@ -117,16 +117,6 @@ TEST(LeastSquares, RankDeficientSystemHasZeroForTheFreeUnknown) {
   EXPECT_DOUBLE_EQ(x[1], 0.5);
 }
 
-TEST(LeastSquares, SquareSystemStopsAtItsExactFit) {
-  const Doubles a{2, 0, 0, 4}, b{2, 8};
-  Doubles x(2);
-  Lsq solver;
-  ASSERT_EQ(solver.lsq(a.data(), b.data(), x.data(), 2, 2, robust, 1.0, 0.0), 0);
-  EXPECT_EQ(x, (Doubles{1, 2}));
-  EXPECT_EQ(solver.rms(), 0.0);
-  EXPECT_TRUE(solver.outlier().empty());
-}
-
 TEST(LeastSquares, RefusedArgumentsChangeNothing) {
   const Doubles a{1, 2, 3, 4, 5, 6}, b{1, 2, 4};
   Doubles x{7, 8};

@@ -54,8 +54,9 @@ void drawLegend(Sheet& sheet, const ColourScale& colours, bool rings) {
 std::vector<std::string> headings(const PairResult& pair) {
   const std::string lines = lineStep(pair) > 1 ? fmt::format("; one match in {} has a line", lineStep(pair)) : "";
   return {fmt::format("left: {}   right: {}", pair.nameFrom, pair.nameTo),
-          fmt::format("{} matches of {} and {} features, {} inliers; motion {}{}", pair.matchCount,
-                      pair.counts.features1, pair.counts.features2, pair.inliers, describeMotion(pair.motion), lines)};
+          fmt::format("{} matches of {} and {} features, {} inliers{}", pair.matchCount, pair.counts.features1,
+                      pair.counts.features2, pair.inliers, lines),
+          "motion: " + describeMotion(pair.motion)};
 }
 
 }  // namespace

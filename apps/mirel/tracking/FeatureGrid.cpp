@@ -54,8 +54,8 @@ void divideWhole(FeatureGrid& grid, cv::Size image) {
 void countByPosition(FeatureGrid& grid, cv::Size image, const std::vector<cv::KeyPoint>& points, int GridCell::*count) {
   for (const cv::KeyPoint& point : points) {
     const int row = cellAt(point.pt.y, image.height, grid.rows);
-    const int column = cellAt(point.pt.x, image.width, grid.columns);
-    ++(grid.cells[static_cast<std::size_t>(row * grid.columns + column)].*count);
+    const int cell = row * grid.columns + cellAt(point.pt.x, image.width, grid.columns);
+    ++(grid.cells[static_cast<std::size_t>(cell)].*count);
   }
 }
 
