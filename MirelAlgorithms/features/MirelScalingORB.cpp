@@ -49,11 +49,12 @@ void MirelScalingORB::getNormalizedPatchDescriptor(cv::Mat patch, unsigned char*
   if (!patch.isContinuous()) patch = patch.clone();  // so that linear indices are addresses
   const std::ptrdiff_t step = patch.cols;
   const unsigned char* centre = patch.data + patch.total() / 2;
+  const OrbPair* p = orbPattern.data();
   for (int j = 0; j < nBytes; ++j) {
-    unsigned bits = 0;
-    for (int k = 0; k < 8; ++k) {
-      const OrbPair& p = orbPattern[static_cast<std::size_t>(8 * j + k)];
-      bits |= static_cast<unsigned>(centre[p.y1 * step + p.x1] < centre[p.y2 * step + p.x2]) << k;
+    int bits = 0;
+    for (int k = 0; k < 8; ++k, ++p) {
+      const bool darker = centre[p->y1 * step + p->x1] < centre[p->y2 * step + p->x2];
+      bits |= (darker ? 1 : 0) << k;
     }
     descriptor[j] = static_cast<unsigned char>(bits);
   }

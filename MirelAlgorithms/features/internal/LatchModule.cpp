@@ -1,5 +1,5 @@
 // Compiled in the place of the module's latch.cpp, which it contains.
-#include "latch.cpp"
+#include "latch.cpp"  // NOLINT(bugprone-suspicious-include)
 
 #include <MirelAlgorithms/features/internal/LatchModule.h>
 
@@ -24,8 +24,8 @@ namespace cv::xfeatures2d {
 // In the module's namespace and after its includes, so that `cos` and `sin` name the functions that it calls.
 static MirelAlgorithms::LatchModule::Rotation rotationOf(float angle) {
   angle *= (float)(CV_PI / 180.f);
-  float cosine = cos(angle);
-  float sine = sin(angle);
+  float cosine = cos(angle);  // NOLINT(performance-type-promotion-in-math-fn)
+  float sine = sin(angle);    // NOLINT(performance-type-promotion-in-math-fn)
   return {cosine, sine};
 }
 

@@ -26,8 +26,8 @@ void describeLatch(const cv::Mat& image, const std::vector<cv::KeyPoint>& keyPoi
 
   for (int i = 0; i < descriptors.rows; ++i) {
     const cv::KeyPoint& k = keyPoints[static_cast<std::size_t>(i)];
-    const int column = static_cast<int>(k.pt.x + 0.5), row = static_cast<int>(k.pt.y + 0.5);
-    const std::uint8_t* pixel = image.data + row * step + column;
+    const double column = k.pt.x + 0.5, row = k.pt.y + 0.5;
+    const std::uint8_t* pixel = image.ptr(0) + static_cast<int>(row) * step + static_cast<int>(column);
     loop({pixel, step, LatchModule::rotation(k.angle), centres, side, addresses.data(), descriptors.ptr(i)});
   }
 }
