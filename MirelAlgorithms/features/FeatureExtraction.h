@@ -33,7 +33,7 @@ namespace MirelAlgorithms {
 /// (11 columns in 3 cells).
 ///
 /// Any number of threads on their own outputs. Cost of 1 and 2: little more than one run of the detector on the whole
-/// image, however many cells.
+/// image.
 MIREL_API bool retrieveFeatures(const cv::Mat& image, cv::Mat& features, SmartPtr<AttrContainer> settings,
                                 bool descriptors);
 

@@ -50,6 +50,7 @@ std::vector<cv::KeyPoint> detectInCells(const cv::Mat& image, cv::Feature2D& det
   for (const cv::Rect& cell : cells) {
     std::vector<cv::KeyPoint> inCell = detectorOfCells->detect(cell);
     keepQuota(inCell);
+    detectorOfCells->complete(inCell);
     all.insert(all.end(), inCell.begin(), inCell.end());
   }
   return all;

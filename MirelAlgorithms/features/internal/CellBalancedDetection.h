@@ -21,7 +21,7 @@ struct DetectionSettings {
   }
 };
 
-/// Shortens and orders the key points of one cell.
+/// Shortens and orders the key points of one cell by their responses; the other fields may not be there yet.
 using QuotaRule = std::function<void(std::vector<cv::KeyPoint>&)>;
 
 /// The key points of every cell, cell after cell, row by row: those that the detector finds with a mask of the cell.

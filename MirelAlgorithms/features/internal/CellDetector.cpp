@@ -18,6 +18,7 @@ class MaskedCells : public CellDetector {
     mask_(cell).setTo(0);
     return keyPoints;
   }
+  void complete(std::vector<cv::KeyPoint>&) const override {}
 
  private:
   cv::Feature2D& detector_;

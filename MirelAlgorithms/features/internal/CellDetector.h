@@ -12,10 +12,14 @@ class CellDetector {
  public:
   virtual ~CellDetector() = default;
   /// The key points of a cell: those that the detector finds in the image with a mask that is 255 on the cell and 0
-  /// elsewhere. The same ones to the bit, in the same order.
+  /// elsewhere. The same ones to the bit, in the same order, as soon as `complete` has seen them.
   ///
   /// @param cell  inside the image, not empty
   virtual std::vector<cv::KeyPoint> detect(const cv::Rect& cell) = 0;
+
+  /// Fills in what `detect` may leave open in key points of its own: everything but the response. A selection of them
+  /// needs no more than these completed.
+  virtual void complete(std::vector<cv::KeyPoint>& keyPoints) const = 0;
 };
 
 /// The detector's cheapest form. It reads the detector's parameters now and may keep a reference to it.

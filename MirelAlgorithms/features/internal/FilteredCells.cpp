@@ -6,7 +6,9 @@ namespace MirelAlgorithms {
 namespace {
 
 int rounded(float coordinate, MaskRounding rounding) {
-  return rounding == MaskRounding::halfUp ? static_cast<int>(coordinate + 0.5f) : cvRound(coordinate);
+  if (rounding == MaskRounding::halfToEven) return cvRound(coordinate);
+  const float shifted = coordinate + 0.5f;
+  return static_cast<int>(shifted);
 }
 
 // OpenCV does not check the bounds of its mask, a continuous matrix: a column behind the last one is the next row's.

@@ -16,6 +16,7 @@ class FilteredCells : public CellDetector {
  public:
   FilteredCells(cv::Feature2D& detector, const cv::Mat& image, MaskRounding rounding);
   std::vector<cv::KeyPoint> detect(const cv::Rect& cell) override;
+  void complete(std::vector<cv::KeyPoint>&) const override {}
 
  private:
   std::vector<cv::KeyPoint> keyPoints_;

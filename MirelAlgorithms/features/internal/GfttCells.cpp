@@ -66,11 +66,10 @@ std::vector<cv::KeyPoint> GfttCells::detect(const cv::Rect& cell) {
   std::sort(corners.begin(), corners.end(), stronger);
   std::vector<cv::KeyPoint> keyPoints;
   keyPoints.reserve(corners.size());
-  const std::size_t step = response_.step1();
+  const std::ptrdiff_t step = static_cast<std::ptrdiff_t>(response_.step1());
   for (const float* corner : corners) {
-    const std::size_t index = static_cast<std::size_t>(corner - response_.ptr<float>());
-    keyPoints.emplace_back(static_cast<float>(index % step), static_cast<float>(index / step), blockSize_, -1.0f,
-                           *corner);
+    const std::ptrdiff_t index = corner - response_.ptr<float>(), x = index % step, y = index / step;
+    keyPoints.emplace_back(static_cast<float>(x), static_cast<float>(y), blockSize_, -1.0f, *corner);
   }
   return keyPoints;
 }

@@ -14,6 +14,7 @@ class GfttCells : public CellDetector {
 
   GfttCells(const cv::GFTTDetector& detector, const cv::Mat& image);
   std::vector<cv::KeyPoint> detect(const cv::Rect& cell) override;
+  void complete(std::vector<cv::KeyPoint>&) const override {}
 
  private:
   std::vector<const float*> cornersOf(const cv::Rect& cell) const;

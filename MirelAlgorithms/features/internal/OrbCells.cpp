@@ -2,6 +2,7 @@
 #include <MirelAlgorithms/features/internal/OrbMeasures.h>
 
 #include <algorithm>
+#include <iterator>
 
 namespace MirelAlgorithms {
 namespace {
@@ -12,10 +13,15 @@ const uchar* pixelAt(const OrbLevel& level, const cv::KeyPoint& corner) {
   return level.image.ptr<uchar>(cvRound(corner.pt.y), cvRound(corner.pt.x));
 }
 
+// FAST lists its corners row by row.
 std::vector<cv::KeyPoint> cornersIn(const OrbLevel& level, const cv::Rect& part) {
+  const auto firstAt = [&](int row) {
+    return std::partition_point(level.corners.begin(), level.corners.end(),
+                                [=](const cv::KeyPoint& corner) { return corner.pt.y < static_cast<float>(row); });
+  };
   std::vector<cv::KeyPoint> corners;
-  for (const cv::KeyPoint& corner : level.corners)
-    if (part.contains(corner.pt)) corners.push_back(corner);
+  std::copy_if(firstAt(part.y), firstAt(part.y + part.height), std::back_inserter(corners),
+               [&](const cv::KeyPoint& corner) { return part.contains(corner.pt); });
   return corners;
 }
 
@@ -47,18 +53,22 @@ std::vector<cv::KeyPoint> OrbCells::strongestOf(const OrbLevel& level, const cv:
 
 std::vector<cv::KeyPoint> OrbCells::detect(const cv::Rect& cell) {
   std::vector<cv::KeyPoint> keyPoints;
-  for (std::size_t i = 0; i < levels_.size(); ++i) {
-    const OrbLevel& level = levels_[i];
-    const auto step = static_cast<std::ptrdiff_t>(level.image.step1());
-    for (cv::KeyPoint& corner : strongestOf(level, cell)) {
+  for (std::size_t i = 0; i < levels_.size(); ++i)
+    for (cv::KeyPoint& corner : strongestOf(levels_[i], cell)) {
       corner.octave = static_cast<int>(i);
-      corner.size = static_cast<float>(patchSize_) * level.scale;
-      corner.angle = intensityCentroidAngle(pixelAt(level, corner), step, disc_);
-      corner.pt *= level.scale;
       keyPoints.push_back(corner);
     }
-  }
   return keyPoints;
+}
+
+void OrbCells::complete(std::vector<cv::KeyPoint>& keyPoints) const {
+  for (cv::KeyPoint& keyPoint : keyPoints) {
+    const OrbLevel& level = levels_[keyPoint.octave];
+    const auto step = static_cast<std::ptrdiff_t>(level.image.step1());
+    keyPoint.angle = intensityCentroidAngle(pixelAt(level, keyPoint), step, disc_);
+    keyPoint.size = static_cast<float>(patchSize_) * level.scale;
+    keyPoint.pt *= level.scale;
+  }
 }
 
 }  // namespace MirelAlgorithms

@@ -6,7 +6,8 @@
 
 namespace MirelAlgorithms {
 
-/// Makes the pyramid and finds its FAST corners once; choosing among the corners and measuring them is up to each cell.
+/// Makes the pyramid and finds its FAST corners once; choosing among the corners is up to each cell. Key points are
+/// completed with position, size and angle: up to then they are in pixels of their level.
 class OrbCells : public CellDetector {
  public:
   /// Not covered: pyramids with enlarged levels or hardly any step, edge thresholds that let measures reach beyond a
@@ -15,6 +16,7 @@ class OrbCells : public CellDetector {
 
   OrbCells(const cv::ORB& orb, const cv::Mat& image);
   std::vector<cv::KeyPoint> detect(const cv::Rect& cell) override;
+  void complete(std::vector<cv::KeyPoint>& keyPoints) const override;
 
  private:
   std::vector<cv::KeyPoint> strongestOf(const OrbLevel& level, const cv::Rect& cell) const;

@@ -9,8 +9,8 @@ namespace MirelAlgorithms {
 namespace {
 
 std::vector<Support> supportOfImage(int length) {
-  std::vector<Support> support;
-  for (int i = 0; i < length; ++i) support.push_back({i, i});
+  std::vector<Support> support(length);
+  for (int i = 0; i < length; ++i) support[i] = {i, i};
   return support;
 }
 
@@ -18,13 +18,13 @@ std::vector<Support> supportOfImage(int length) {
 std::vector<Support> supportOfResized(const std::vector<Support>& source, int length) {
   const int last = static_cast<int>(source.size()) - 1;
   const double scale = 1.0 / (static_cast<double>(length) / static_cast<double>(source.size()));
-  std::vector<Support> support;
+  std::vector<Support> support(length);
   for (int i = 0; i < length; ++i) {
     const double at = scale * (i + 0.5) - 0.5;
     const int left = cvFloor(at), weightOfRight = cvRound((at - left) * 256.0);
     const int from = std::clamp(weightOfRight == 256 ? left + 1 : left, 0, last);
     const int to = std::clamp(weightOfRight == 0 ? left : left + 1, 0, last);
-    support.push_back({source[from].first, source[to].last});
+    support[i] = {source[from].first, source[to].last};
   }
   return support;
 }
