@@ -6,6 +6,16 @@
   const points = (chart, series) =>
     chart.overTime ? series.values.map((y, i) => ({ x: chart.labels[i], y })) : series.values;
   const span = (chart) => chart.overTime ? { type: "linear", min: chart.labels[0], max: chart.labels.at(-1) } : {};
+  // Curves of one name have one entry.
+  const legend = (chart) => ({
+    display: chart.series.length > 1, position: "bottom",
+    labels: {
+      boxWidth: chart.overTime ? 26 : 14, usePointStyle: chart.overTime,
+      filter: (item) => chart.series.findIndex((series) => series.name === item.text) === item.datasetIndex,
+    },
+  });
+  // Charts below each other have their left ends in one line.
+  const alignment = (chart) => chart.overTime ? { afterFit: (scale) => { scale.width = 66; } } : {};
   // Grey bands behind the curves.
   const shading = (chart) => ({
     id: "shading",
@@ -26,21 +36,21 @@
       datasets: chart.series.map((series, i) => ({
         label: series.name, data: points(chart, series), borderColor: series.dashed ? "#1e2328" : colours[i],
         backgroundColor: series.dashed ? "#1e2328" : colours[i], borderDash: series.dashed ? [5, 4] : [],
-        borderWidth: chart.overTime ? 1.2 : 1.8, pointRadius: chart.labels.length > 60 ? 0 : 2.5, pointHitRadius: 8,
-        spanGaps: false,
+        pointStyle: chart.overTime ? "line" : "circle", borderWidth: chart.overTime ? 1.2 : 1.8, pointRadius: chart.labels.length > 60 ? 0 : 2.5, pointHitRadius: 8,
+        spanGaps: false, order: chart.overTime ? -i : 0,
       })),
     },
     plugins: [shading(chart)],
     options: {
       animation: false, maintainAspectRatio: false,
       interaction: { mode: "index", intersect: false },
-      plugins: { legend: { display: chart.series.length > 1, position: "bottom", labels: { boxWidth: 14 } } },
+      plugins: { legend: legend(chart) },
       scales: {
         x: { ...span(chart), title: { display: true, text: chart.x }, ticks: { maxRotation: 0, autoSkipPadding: 16 } },
-        y: { title: { display: true, text: chart.y }, beginAtZero: chart.fromZero },
+        y: { ...alignment(chart), title: { display: true, text: chart.y }, beginAtZero: chart.fromZero },
       },
     },
   }));
-  addEventListener("beforeprint", () => drawn.forEach((chart) => chart.resize(320, 200)));
+  addEventListener("beforeprint", () => drawn.forEach((chart, i) => chart.resize(charts[i].overTime ? 680 : 320, 200)));
   addEventListener("afterprint", () => drawn.forEach((chart) => chart.resize()));
 })();
