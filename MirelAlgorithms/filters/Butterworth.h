@@ -10,9 +10,6 @@
 #include <MirelAlgorithms/Export.h>
 
 #include <span>
-#if defined(__FMA__) && defined(__GNUC__) && !defined(__clang__)
-#include <xmmintrin.h>
-#endif
 
 namespace MirelAlgorithms {
 
@@ -20,14 +17,11 @@ namespace detail {
 
 /// a * b, rounded to single precision also where the caller's compiler would fuse it with a sum that follows.
 inline float roundedProduct(float a, float b) {
-#if defined(__FMA__) && defined(__clang__)
-#pragma STDC FP_CONTRACT OFF
-  return a * b;
-#elif defined(__FMA__) && defined(__GNUC__)
-  return _mm_cvtss_f32(_mm_mul_ss(_mm_set_ss(a), _mm_set_ss(b)));
-#else
-  return a * b;
+  float product = a * b;
+#if defined(__GNUC__) && defined(__x86_64__)
+  __asm__("" : "+x"(product));  // no instruction; the compiler no longer knows that it is a product
 #endif
+  return product;
 }
 
 }  // namespace detail
@@ -60,7 +54,7 @@ class MIREL_API Butterworth {
 
   /// @param frequency   cut-off, in the unit of the sample rate (Hz)
   /// @param sampleRate  samples per second
-  /// @param passType    any other number makes a filter that must not be used; its output is 0
+  /// @param passType    any other number makes a filter that must not be used: all its coefficients are 0
   /// @param resonance   damping; the square root of 2 is that of an ideal Butterworth section
   Butterworth(float frequency, int sampleRate, PassType passType, float resonance);
 
@@ -155,8 +149,6 @@ class MIREL_API ButterworthBandpass {
   static void process(std::span<ButterworthBandpass> filters, std::span<const float> samples, std::span<float> values);
 
  private:
-  friend class ButterworthLanes;
-
   Butterworth lowpass_;
   Butterworth highpass_;
 };
