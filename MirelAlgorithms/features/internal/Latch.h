@@ -1,5 +1,5 @@
-/// LATCH descriptors (Levi, Hassner: LATCH: Learned Arrangements of Three Patch Codes, WACV 2016), by OpenCV's
-/// xfeatures2d module.
+/// LATCH descriptors (Levi, Hassner: LATCH: Learned Arrangements of Three Patch Codes, WACV 2016), the bits of OpenCV's
+/// xfeatures2d module: by a loop of our own where the source of that module is known, else by the module.
 #pragma once
 
 #include <opencv2/core/mat.hpp>
