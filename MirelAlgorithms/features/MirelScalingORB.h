@@ -19,9 +19,8 @@ namespace MirelAlgorithms {
 /// pixels. Comparison 8j + k is bit k (value 2^k) of byte j: 1 when the first pixel is darker than the second.
 class MIREL_API MirelScalingORB {
  public:
-  /// @param image  8-bit grey. Its pixels are shared, not copied: descriptors see what is in them when they are
-  /// computed.
-  ///               An empty matrix is taken, but describes no key points
+  /// @param image  8-bit grey. Its pixels are shared, not copied: descriptors see what is in them by then. An empty
+  ///               matrix is taken, but describes no key points
   ///
   /// `std::invalid_argument`: an image of another kind.
   explicit MirelScalingORB(cv::Mat image);
@@ -37,9 +36,8 @@ class MIREL_API MirelScalingORB {
   /// the caller, and its sense too, as the pattern turns by -angle. A key point of size 1 samples a patch of 31 x 31
   /// pixels.
   ///
-  /// Samples outside the image read the nearest pixel of its border: column and row are clamped one by one. Sizes
-  /// beyond
-  /// +-1e30 count as +-1e30.
+  /// Samples outside the image read the nearest pixel of its border: column and row are clamped one by one. Sizes of
+  /// more than 1e30 or less than -1e30 count as those.
   ///
   /// @param keyPoints  position, size and angle are read. A negative size turns the pattern by half a turn
   /// @return           key points x 32, CV_8UC1, row i for key point i; 0 x 32 without key points
