@@ -9,7 +9,7 @@ namespace {
 
 constexpr int gradientSize = 3;
 
-// Corners with no larger neighbour among the eight.
+// No larger one among the eight neighbours.
 bool isLocalMaximum(const float* at, std::ptrdiff_t step) {
   const float *above = at - step, *below = at + step, value = *at;
   return value >= at[-1] && value >= at[1] && value >= above[-1] && value >= above[0] && value >= above[1] &&
@@ -40,8 +40,8 @@ GfttCells::GfttCells(const cv::GFTTDetector& detector, const cv::Mat& image)
   cv::cornerMinEigenVal(image, response_, detector.getBlockSize(), gradientSize);
 }
 
-// A corner is above the threshold, so that responses below do not matter for being a maximum. Without a positive
-// response no response of the cell is above it. Pixels at the image's edge are no corners.
+// Corners are local maxima above a share of the cell's largest response; a negative one, of a cell without positive
+// responses, is never exceeded there. Neighbours may lie outside the cell. Pixels at the image's edge are no corners.
 std::vector<const float*> GfttCells::cornersOf(const cv::Rect& cell) const {
   std::vector<const float*> corners;
   const float threshold = static_cast<float>(largestIn(response_, cell) * qualityLevel_);

@@ -8,8 +8,8 @@ namespace MirelAlgorithms {
 /// Computes the response of the whole image once; maximum, threshold and order are those of the cell.
 class GfttCells : public CellDetector {
  public:
-  /// Not covered: Harris responses, a quality level outside (0, 1), and a minimum distance above 1 pixel, which would
-  /// be the only one to drop a corner.
+  /// Not covered: Harris responses, a quality level outside (0, 1), and a minimum distance above 1 pixel (up to that no
+  /// pixel is too close to another).
   static bool covers(const cv::GFTTDetector& detector);
 
   GfttCells(const cv::GFTTDetector& detector, const cv::Mat& image);
