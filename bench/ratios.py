@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Table of ratios out of one benchmark run: our time against a peer's, beside the goal.
 
-usage: ratios.py GOALS.json RESULTS.json
+usage: ratios.py GOALS.json RESULTS.json...
 
 A goal is written "<= 1.25" (at most 1.25 times the peer's time) or ">= 10" (at least 10 times faster than the peer);
 a row without one only compares, as times faster.
@@ -13,8 +13,10 @@ import sys
 MILLISECONDS = {"ns": 1e-6, "us": 1e-3, "ms": 1.0, "s": 1e3}
 
 
-def medians(results):
+def medians(path):
     """CPU time in milliseconds by benchmark name."""
+    with open(path) as file:
+        results = json.load(file)
     return {
         entry["run_name"]: entry["cpu_time"] * MILLISECONDS[entry["time_unit"]]
         for entry in results["benchmarks"]
@@ -33,8 +35,9 @@ def verdict(ratio, goal):
 def main():
     with open(sys.argv[1]) as file:
         goals = json.load(file)
-    with open(sys.argv[2]) as file:
-        times = medians(json.load(file))
+    times = {}
+    for path in sys.argv[2:]:
+        times.update(medians(path))
 
     row = "{:<4} {:<34} {:<30} {:>10} {:>10} {:>8} {:>9} {:>9}  {}"
     print(row.format("", "ours", "beside", "ours ms", "peer ms", "figure", "goal", "stretch", ""))

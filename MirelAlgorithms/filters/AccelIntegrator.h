@@ -2,6 +2,7 @@
 #pragma once
 
 #include <MirelAlgorithms/Export.h>
+#include <MirelAlgorithms/filters/RoundedProduct.h>
 
 #include <opencv2/core/matx.hpp>
 
@@ -11,7 +12,8 @@ namespace MirelAlgorithms {
 /// position += speed dt. Acceleration is taken as it comes: no filter, no bias, no gravity; frame and units are the
 /// caller's, and errors grow with the square of time.
 ///
-/// A number that is not finite, also as `dt`, stays in speed and position until `reset`. One thread at a time.
+/// A number that is not finite, also as `dt`, stays in speed and position until `reset`. One thread at a time. The
+/// bits do not depend on the flags that a caller compiles with, except -ffast-math and its like.
 class MIREL_API AccelIntegrator {
  public:
   /// @param step  kept and copied, without any effect
@@ -23,7 +25,13 @@ class MIREL_API AccelIntegrator {
   /// One step. With speed in v and time in s, `acceleration` is in v / s.
   ///
   /// @param dt  time since the last sample; negative steps go back, 0 only keeps the acceleration
-  void update(const cv::Vec3f& acceleration, float dt);
+  void update(const cv::Vec3f& acceleration, float dt) {
+    acceleration_ = acceleration;
+    for (int axis = 0; axis < 3; ++axis) {
+      speed_[axis] = detail::roundedProduct(dt, acceleration_[axis]) + speed_[axis];
+      position_[axis] = detail::roundedProduct(dt, speed_[axis]) + position_[axis];
+    }
+  }
 
   cv::Vec3f acceleration() const { return acceleration_; }  ///< of the last step
   cv::Vec3f speed() const { return speed_; }
