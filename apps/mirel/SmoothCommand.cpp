@@ -19,7 +19,6 @@
 #include <cmath>
 #include <filesystem>
 #include <map>
-#include <optional>
 
 namespace mirel {
 
@@ -35,8 +34,8 @@ struct SmoothedColumn {
 struct SmoothResult {
   std::string name;
   int window = 0;
-  std::optional<std::size_t> timeColumn;
-  std::vector<double> times;  ///< s, or the number of the sample
+  std::string axis = "sample";  ///< what `times` are: "time, s", "time" without known unit, or numbers of samples
+  std::vector<double> times;
   std::vector<SmoothedColumn> smoothed;
   std::vector<std::string> copied;
 };
@@ -77,7 +76,7 @@ void readAxis(const CsvTable& table, SmoothResult& result) {
   for (std::size_t i = 0; i < table.columns(); ++i) {
     ColumnHead head;
     if (!isTime(table, i, head) || !isNumeric(table, i)) continue;
-    result.timeColumn = i;
+    result.axis = head.unit.empty() ? "time" : "time, s";
     result.times = readTimes(table, i, head.unit.empty() ? "s" : head.unit).seconds;
     return;
   }
@@ -160,7 +159,7 @@ nlohmann::json resultJson(const SmoothResult& result) {
 constexpr std::size_t mostPanels = 6;
 
 TimePlot timePlot(const SmoothResult& result) {
-  TimePlot plot{result.timeColumn ? "time, s" : "sample", result.times, {}, "", {}};
+  TimePlot plot{result.axis, result.times, {}, "", {}};
   for (std::size_t i = 0; i < std::min(mostPanels, result.smoothed.size()); ++i) {
     const SmoothedColumn& s = result.smoothed[i];
     plot.panels.push_back({s.name, "", {{"before", s.before}, {"smoothed", s.after}}});
@@ -168,16 +167,16 @@ TimePlot timePlot(const SmoothResult& result) {
   return plot;
 }
 
-/// What the smoother takes for granted.
+/// How evenly spaced the samples are; the smoother takes them as even.
 std::string spacing(const SmoothResult& result) {
-  if (!result.timeColumn || result.times.size() < 2) return "taken as even";
+  if (result.axis == "sample") return "taken as evenly spaced";
   const Sampling sampling(result.times);
-  return sampling.gaps == 0 ? describeRate(sampling) + ", no gaps"
-                            : describeRate(sampling) + ", gaps: " + describeGaps(sampling);
+  const std::string rate = result.axis == "time" ? fmt::format("{:.5g} apart", sampling.step) : describeRate(sampling);
+  return rate + (sampling.gaps == 0 ? ", no gaps" : fmt::format(", {} gaps", sampling.gaps));
 }
 
 Report smoothReport(const SmoothResult& result) {
-  const bool even = spacing(result).find("gaps: ") == std::string::npos;
+  const bool even = result.axis == "sample" || Sampling(result.times).gaps == 0;
   Report report = {
       .command = "mirel smooth",
       .answer = {fmt::format(
@@ -186,7 +185,7 @@ Report smoothReport(const SmoothResult& result) {
                      result.name),
                  even ? Verdict::good : Verdict::weak,
                  even ? fmt::format("Good: {} samples, window of {}.", result.times.size(), result.window)
-                      : fmt::format("Weak: the window of {} takes samples as evenly spaced, but the recording has {}.",
+                      : fmt::format("Weak: the window of {} takes samples as evenly spaced, but they are not: {}.",
                                     result.window, spacing(result))},
       .facts = {{"Samples", fmt::format("{}", result.times.size()), spacing(result)},
                 {"Window", fmt::format("{}", result.window), "samples"}},

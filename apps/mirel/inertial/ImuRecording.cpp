@@ -42,10 +42,10 @@ std::size_t findColumn(const CsvTable& table, const Wanted& wanted, const std::s
   }
   if (found.size() == 1) return found[0];
   if (found.empty()) {
-    throw UsageError(fmt::format("{}: no column for {} among the heads {}{}", table.name(), wanted.name,
+    throw UsageError(fmt::format("{}: no column for {} among the heads {}{}", table.headPlace(), wanted.name,
                                  fmt::join(table.heads(), ", "), hint));
   }
-  throw UsageError(fmt::format("{}: {} and {} both look like {}{}", table.name(), table.describe(found[0]),
+  throw UsageError(fmt::format("{}: {} and {} both look like {}{}", table.headPlace(), table.describe(found[0]),
                                table.describe(found[1]), wanted.name, hint));
 }
 
@@ -85,7 +85,7 @@ Unit unitOf(const CsvTable& table, std::span<const std::size_t> columns, Quantit
   for (const std::size_t column : columns) {
     ColumnHead head;
     if (!readHead(table.heads()[column], head) || head.quantity != quantity) continue;
-    const std::string place = table.name() + ": " + table.describe(column);
+    const std::string place = table.headPlace() + ": " + table.describe(column);
     if (!head.unknown.empty() && value.empty()) {
       throw UsageError(fmt::format("{}: unit {} not known; {} tells it", place, head.unknown, option));
     }
@@ -149,13 +149,23 @@ void warnAboutUnits(ImuRecording& recording) {
   }
 }
 
-void checkRate(const CsvTable& table, const ImuRecording& recording) {
-  const double rate = Sampling(recording.time.seconds).rate();
+void checkTimes(const CsvTable& table, const ImuRecording& recording) {
+  constexpr double longestStep = 86400;  // s
+  const std::vector<double>& seconds = recording.time.seconds;
+  const ColumnUse& time = recording.columns[0];
+  for (std::size_t i = 1; i < seconds.size(); ++i) {
+    const double step = seconds[i] - seconds[i - 1];
+    if (step <= longestStep) continue;
+    throw table.errorAt(i, fmt::format("{}: {:.6g} s after the sample before when the unit is {} ({}), at most {} s "
+                                       "expected; --time-unit tells the unit",
+                                       table.describe(time.number - 1), step, time.unit, time.unitFrom, longestStep));
+  }
+  const double rate = Sampling(seconds).rate();
   if (rate >= 2 && rate <= 1e5) return;
   throw UsageError(
       fmt::format("{}: {:.3g} samples per second when the unit of time is {} ({}), 2 to 100000 expected; "
                   "--time-unit tells the unit",
-                  table.name(), rate, recording.columns[0].unit, recording.columns[0].unitFrom));
+                  table.name(), rate, time.unit, time.unitFrom));
 }
 
 }  // namespace
@@ -177,7 +187,7 @@ ImuRecording readImuRecording(const CsvTable& table, const ImuColumnOptions& opt
   recording.gyro = readVectors(table, gyro, rate.name == "deg/s" ? CV_PI / 180 : 1);
   recording.accel = readVectors(table, accel, force.name == "g" ? standardGravity : 1);
   if (table.rows() < 2) throw UsageError(table.name() + ": one sample, two or more expected");
-  checkRate(table, recording);
+  checkTimes(table, recording);
   warnAboutUnits(recording);
   return recording;
 }

@@ -95,11 +95,15 @@ CsvTable::CsvTable(std::string name, std::string text) : name_(std::move(name)),
   }
   if (rest.starts_with("\xEF\xBB\xBF")) rest.remove_prefix(3);
   std::string_view comment;
+  std::size_t commentLine = 0;
   for (std::size_t line = 1; !rest.empty(); ++line) {
     const std::string_view whole = takeLine(rest), content = trimmed(whole);
     if (content.empty()) continue;
     if (content[0] == '#' || content[0] == '%') {
-      if (columns_ == 0) comment = content.substr(1);
+      if (columns_ == 0) {
+        comment = content.substr(1);
+        commentLine = line;
+      }
       continue;
     }
     if (separator_ == 0) separator_ = separatorOf(content);
@@ -112,11 +116,13 @@ CsvTable::CsvTable(std::string name, std::string text) : name_(std::move(name)),
     columns_ = row.size();
     hasHeads_ = hasText(row);
     heads_.assign(row.begin(), row.end());
+    headLine_ = line;
     if (hasHeads_) continue;
     const std::vector<std::string_view> before = split(trimmed(comment), line);
     hasHeads_ = before.size() == columns_ && hasText(before);
     heads_.assign(columns_, "");
     if (hasHeads_) heads_.assign(before.begin(), before.end());
+    headLine_ = commentLine;
     addRow(row, line);
   }
   if (rows() == 0) throw UsageError(name_ + ": no row of numbers in it");
@@ -157,8 +163,8 @@ double CsvTable::number(std::size_t row, std::size_t column) const {
 std::size_t CsvTable::columnOf(const std::string& option, const std::string& text) const {
   const auto matches = std::count(heads_.begin(), heads_.end(), text);
   if (hasHeads_ && matches > 1) {
-    throw UsageError(fmt::format("{}: {} columns of {} are called '{}'; their numbers tell which", option, matches,
-                                 name_, text));
+    throw UsageError(
+        fmt::format("{}: {} columns of {} are called '{}'; their numbers tell which", option, matches, name_, text));
   }
   if (hasHeads_ && matches == 1) return std::find(heads_.begin(), heads_.end(), text) - heads_.begin();
   std::size_t number = 0;
@@ -174,6 +180,8 @@ std::string CsvTable::describe(std::size_t column) const {
   const std::string number = fmt::format("column {}", column + 1);
   return heads_[column].empty() ? number : number + " (" + heads_[column] + ")";
 }
+
+std::string CsvTable::headPlace() const { return fmt::format("{}:{}", name_, headLine_); }
 
 UsageError CsvTable::errorAt(std::size_t row, const std::string& text) const {
   return UsageError(fmt::format("{}:{}: {}", name_, lines_[row], text));

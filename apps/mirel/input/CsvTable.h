@@ -44,6 +44,9 @@ class CsvTable {
   /// "column 2 (gyro_x)".
   std::string describe(std::size_t column) const;
 
+  /// File and line of the heads.
+  std::string headPlace() const;
+
   /// An error in a row: file, line, text.
   UsageError errorAt(std::size_t row, const std::string& text) const;
 
@@ -54,7 +57,7 @@ class CsvTable {
   std::string name_, text_;
   char separator_ = 0;
   bool hasHeads_ = false;
-  std::size_t columns_ = 0;
+  std::size_t columns_ = 0, headLine_ = 0;
   std::vector<std::string> heads_;
   std::vector<std::string_view> cells_;
   std::vector<std::size_t> lines_;

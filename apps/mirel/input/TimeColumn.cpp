@@ -10,12 +10,10 @@ namespace mirel {
 
 namespace {
 
-constexpr double longestStep = 86400;  // seconds between samples of one recording
-
 TimeStamp readStamp(const CsvTable& table, std::size_t row, std::size_t column) {
-  const double value = table.number(row, column);
-  const std::string_view text = table.cell(row, column);
   TimeStamp stamp;
+  stamp.value = table.number(row, column);
+  const std::string_view text = table.cell(row, column);
   const char* end = text.data() + text.size();
   const auto [stop, error] = std::from_chars(text.data(), end, stamp.whole);
   if (error == std::errc() && stop == end) return stamp;
@@ -25,44 +23,43 @@ TimeStamp readStamp(const CsvTable& table, std::size_t row, std::size_t column) 
     if (wrong == std::errc() && last == end) return stamp;
   }
   constexpr double limit = 9e18;  // of 64-bit integers
-  if (std::abs(value) > limit) throw table.errorAt(row, table.describe(column) + ": out of the range of time stamps");
-  const double whole = std::trunc(value);
-  return {static_cast<std::int64_t>(whole), value - whole};
+  if (std::abs(stamp.value) > limit)
+    throw table.errorAt(row, table.describe(column) + ": out of the range of time stamps");
+  stamp.whole = static_cast<std::int64_t>(stamp.value);
+  stamp.fraction = stamp.value - static_cast<double>(stamp.whole);
+  return stamp;
 }
 
 }  // namespace
 
 double TimeStamp::since(const TimeStamp& earlier) const {
+  constexpr double small = 1e6;  // up to here a double has ten decimals
+  if (std::abs(value) <= small && std::abs(earlier.value) <= small) return value - earlier.value;
   // The difference of two 64-bit integers needs 65 bits.
   const auto a = static_cast<std::uint64_t>(whole), b = static_cast<std::uint64_t>(earlier.whole);
   const double difference = whole >= earlier.whole ? static_cast<double>(a - b) : -static_cast<double>(b - a);
   return difference + (fraction - earlier.fraction);
 }
 
-double secondsIn(const std::string& unit) {
-  if (unit == "ms") return 1e-3;
-  if (unit == "us") return 1e-6;
-  return unit == "ns" ? 1e-9 : 1;
+double perSecond(const std::string& unit) {
+  if (unit == "ms") return 1e3;
+  if (unit == "us") return 1e6;
+  return unit == "ns" ? 1e9 : 1;
 }
 
 Times readTimes(const CsvTable& table, std::size_t column, const std::string& unit, const TimeStamp* origin) {
-  const double second = secondsIn(unit);
+  const double second = perSecond(unit);
   Times times;
   TimeStamp last;
   for (std::size_t row = 0; row < table.rows(); ++row) {
     const TimeStamp stamp = readStamp(table, row, column);
     if (row == 0) times.first = stamp;
-    const double step = row == 0 ? 0 : stamp.since(last) * second;
-    if (row > 0 && !(step > 0)) {
-      throw table.errorAt(row, fmt::format("{}: time stamp {} after {}, ascending ones expected",
-                                           table.describe(column), table.cell(row, column),
-                                           table.cell(row - 1, column)));
+    if (row > 0 && !(stamp.since(last) / second > 0)) {
+      throw table.errorAt(row,
+                          fmt::format("{}: time stamp {} after {}, ascending ones expected", table.describe(column),
+                                      table.cell(row, column), table.cell(row - 1, column)));
     }
-    if (step > longestStep) {
-      throw table.errorAt(row, fmt::format("{}: {:.6g} s after the sample before (unit taken as {}), at most {} s expected",
-                                           table.describe(column), step, unit, longestStep));
-    }
-    times.seconds.push_back(stamp.since(origin != nullptr ? *origin : times.first) * second);
+    times.seconds.push_back(stamp.since(origin != nullptr ? *origin : times.first) / second);
     last = stamp;
   }
   return times;

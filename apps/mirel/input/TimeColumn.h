@@ -9,8 +9,9 @@
 
 namespace mirel {
 
-/// A number in two parts, so that nanoseconds since 1970 and seconds with nine decimals lose nothing.
+/// A number also in two parts, so that nanoseconds since 1970 and seconds since then with nine decimals lose nothing.
 struct TimeStamp {
+  double value = 0;
   std::int64_t whole = 0;
   double fraction = 0;
 
@@ -18,8 +19,8 @@ struct TimeStamp {
   double since(const TimeStamp& earlier) const;
 };
 
-/// Seconds in "s", "ms", "us" or "ns".
-double secondsIn(const std::string& unit);
+/// How many of the unit, "s", "ms", "us" or "ns", are a second.
+double perSecond(const std::string& unit);
 
 struct Times {
   TimeStamp first;
@@ -27,7 +28,7 @@ struct Times {
 };
 
 /// Reads a column of ascending time stamps; throws `UsageError` for text, and for stamps that are not after the one
-/// before or later than it by more than a day.
+/// before.
 ///
 /// @param origin  what to count from; null: the first stamp
 Times readTimes(const CsvTable& table, std::size_t column, const std::string& unit, const TimeStamp* origin = nullptr);
@@ -37,10 +38,10 @@ struct Sampling {
   /// @param seconds  ascending, two at least
   explicit Sampling(const std::vector<double>& seconds);
 
-  double step;             ///< median time between samples, s
-  double duration;         ///< from the first to the last sample, s
-  std::size_t gaps = 0;    ///< steps of more than 1.5 times the median
-  double longestGap = 0;   ///< s
+  double step;                              ///< median time between samples, s
+  double duration;                          ///< from the first to the last sample, s
+  std::size_t gaps = 0;                     ///< steps of more than 1.5 times the median
+  double longestGap = 0;                    ///< s
   double rate() const { return 1 / step; }  ///< samples per second
 };
 
