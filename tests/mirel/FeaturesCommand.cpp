@@ -91,6 +91,10 @@ TEST_F(FeaturesCommand, nothingFoundIsStatus1) {
   EXPECT_EQ(quota.status, 1);
   EXPECT_NE(quota.errors.find("the quota of a cell is 0"), std::string::npos) << quota.errors;
   EXPECT_GT(quota.json()["found"], 100);
+  const nlohmann::json fine = run("features a.png --json --set FBMnCells=50000").json();
+  EXPECT_EQ(fine["found"], quota.json()["found"]);
+  EXPECT_EQ(fine["cell_columns"], 50000);
+  EXPECT_TRUE(fine["cells"].empty());
 }
 
 TEST_F(FeaturesCommand, dumpsOfTheLibraryGoToTheFolderOfResults) {

@@ -7,7 +7,7 @@ namespace mirel {
 
 namespace {
 
-constexpr int mostCells = 100;  // per side; finer grids are counted as a whole only
+constexpr int mostCells = 100;  // per side; cells of finer grids are not listed
 
 bool isFixedPoint(const Settings& settings) { return settings.integer("FBMType", "retrieveFeatures") == 0; }
 
@@ -38,6 +38,7 @@ int cellAt(float at, int length, int cells) {
 
 void divideWhole(FeatureGrid& grid, cv::Size image) {
   grid.columns = grid.rows = grid.cellsPerSide;
+  if (grid.cellsPerSide > mostCells) return;
   const auto edge = [&](int cell, int length) {
     if (cell == 0) return -0.5f;
     if (cell == grid.cellsPerSide) return static_cast<float>(length) - 0.5f;
@@ -72,6 +73,7 @@ void divideInPixels(FeatureGrid& grid, cv::Size image) {
   const cv::Size size = image / grid.cellsPerSide;
   grid.columns = cellsAlong(image.width, size.width);
   grid.rows = cellsAlong(image.height, size.height);
+  if (grid.cellsPerSide > mostCells) return;
   for (int y = 0; y < grid.rows; ++y) {
     for (int x = 0; x < grid.columns; ++x) {
       const cv::Point2f corner(static_cast<float>(x * size.width) - 0.5f, static_cast<float>(y * size.height) - 0.5f);
@@ -150,14 +152,17 @@ FeatureGrid countInCells(const FrameFeatures& features, const Settings& settings
   grid.quota = std::max<std::int64_t>(budget / grid.cellsPerSide / grid.cellsPerSide, 0);
   const std::vector<cv::KeyPoint> found = detectFeatures(features.frame, withoutQuotas(settings));
   grid.found = static_cast<int>(found.size());
-  if (grid.cellsPerSide > mostCells) return grid;
   if (fixedPoint) {
     divideWhole(grid, image);
+  } else {
+    divideInPixels(grid, image);
+  }
+  if (grid.cells.empty()) return grid;
+  if (fixedPoint) {
     countByPosition(grid, image, found, &GridCell::found);
     countByPosition(grid, image, features.selected, &GridCell::kept);
     return grid;
   }
-  divideInPixels(grid, image);
   countInOrder(grid, found);
   for (GridCell& cell : grid.cells) cell.kept = static_cast<int>(std::min<std::int64_t>(cell.found, grid.quota));
   return grid;
