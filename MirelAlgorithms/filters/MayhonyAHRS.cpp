@@ -10,40 +10,69 @@ namespace MirelAlgorithms {
 namespace {
 
 constexpr float epsilon = std::numeric_limits<float>::epsilon();
+constexpr float gain = 0.1f;  // of the step down the gradient
 
-float squaredLength(const cv::Vec3f& v) { return v[0] * v[0] + v[1] * v[1] + v[2] * v[2]; }
+// Plain numbers stay in registers; elements of cv::Vec take the way through memory, which the next step then waits for.
+struct Vector {
+  float x, y, z;
+};
+struct Quaternion {
+  float x, y, z, w;
+};
 
-float dot(const cv::Vec3f& a, const cv::Vec3f& b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
+Vector vector(const cv::Vec3f& v) { return {v[0], v[1], v[2]}; }
 
-cv::Vec3f cross(const cv::Vec3f& a, const cv::Vec3f& b) {
-  return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
+float dot(const Vector& a, const Vector& b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
+
+float squaredLength(const Vector& v) { return dot(v, v); }
+
+Vector cross(const Vector& a, const Vector& b) {
+  return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
+}
+
+double reciprocalLength(double squares) {
+  const double length = std::sqrt(squares);
+  return length == 0.0 ? 0.0 : 1.0 / length;
 }
 
 // Length and products in double precision; zero stays zero.
-template <int N>
-cv::Vec<float, N> normalised(const cv::Vec<float, N>& v) {
-  double sum = 0.0;
-  for (int i = 0; i < N; ++i) sum += static_cast<double>(v[i]) * v[i];
-  const double norm = std::sqrt(sum), factor = norm == 0.0 ? 0.0 : 1.0 / norm;
-  cv::Vec<float, N> result;
-  for (int i = 0; i < N; ++i) result[i] = static_cast<float>(v[i] * factor);
-  return result;
+Vector normalised(const Vector& v) {
+  const double x = v.x, y = v.y, z = v.z, factor = reciprocalLength(x * x + y * y + z * z);
+  return {static_cast<float>(x * factor), static_cast<float>(y * factor), static_cast<float>(z * factor)};
+}
+
+Quaternion normalised(const Quaternion& q) {
+  const double x = q.x, y = q.y, z = q.z, w = q.w, factor = reciprocalLength(x * x + y * y + z * z + w * w);
+  return {static_cast<float>(x * factor), static_cast<float>(y * factor), static_cast<float>(z * factor),
+          static_cast<float>(w * factor)};
+}
+
+// Element by element: a whole cv::Vec4f would be put together in memory first.
+void store(const Quaternion& q, cv::Vec4f& target) {
+  target[0] = q.x;
+  target[1] = q.y;
+  target[2] = q.z;
+  target[3] = q.w;
+}
+
+// q + t r
+Quaternion moved(const Quaternion& q, float t, const Quaternion& r) {
+  return {q.x + t * r.x, q.y + t * r.y, q.z + t * r.z, q.w + t * r.w};
 }
 
 // Rate of change of the attitude while turning at `g`, half the product of both.
-cv::Vec4f rateOfTurn(const cv::Vec4f& q, const cv::Vec3f& g) {
-  const float x = q[0], y = q[1], z = q[2], w = q[3];
-  return {0.5f * (w * g[0] + y * g[2] - z * g[1]), 0.5f * (w * g[1] - x * g[2] + z * g[0]),
-          0.5f * (w * g[2] + x * g[1] - y * g[0]), 0.5f * (-x * g[0] - y * g[1] - z * g[2])};
+Quaternion rateOfTurn(const Quaternion& q, const Vector& g) {
+  return {0.5f * (q.w * g.x + q.y * g.z - q.z * g.y), 0.5f * (q.w * g.y - q.x * g.z + q.z * g.x),
+          0.5f * (q.w * g.z + q.x * g.y - q.y * g.x), 0.5f * (-q.x * g.x - q.y * g.y - q.z * g.z)};
 }
 
 // Gradient of the squared difference between gravity as the attitude has it and as it was measured.
-cv::Vec4f gravityGradient(const cv::Vec4f& q, const cv::Vec3f& a) {
-  const float x = q[0], y = q[1], z = q[2], w = q[3];
+Quaternion gravityGradient(const Quaternion& q, const Vector& a) {
+  const auto [x, y, z, w] = q;
   const float xx = x * x, yy = y * y, zz = z * z, ww = w * w;
-  return {4 * x * zz - 2 * z * a[0] + 4 * ww * x - 2 * w * a[1] - 4 * x + 8 * x * (xx + yy) + 4 * x * a[2],
-          2 * w * a[0] + 4 * ww * y + 4 * y * zz - 2 * z * a[1] - 4 * y + 8 * y * (xx + yy) + 4 * y * a[2],
-          4 * xx * z - 2 * x * a[0] + 4 * yy * z - 2 * y * a[1], 4 * w * (xx + yy) + 2 * y * a[0] - 2 * x * a[1]};
+  return {4 * x * zz - 2 * z * a.x + 4 * ww * x - 2 * w * a.y - 4 * x + 8 * x * (xx + yy) + 4 * x * a.z,
+          2 * w * a.x + 4 * ww * y + 4 * y * zz - 2 * z * a.y - 4 * y + 8 * y * (xx + yy) + 4 * y * a.z,
+          4 * xx * z - 2 * x * a.x + 4 * yy * z - 2 * y * a.y, 4 * w * (xx + yy) + 2 * y * a.x - 2 * x * a.y};
 }
 
 }  // namespace
@@ -62,37 +91,28 @@ void MayhonyAHRS::reset() {
 }
 
 void MayhonyAHRS::align(const cv::Vec3f& accel) {
-  const cv::Vec3f n = normalised(accel), v = cross(n, reference_);
-  const float w = dot(n, reference_) + 1.0f;
-  if (squaredLength(v) > epsilon) quaternion_ = normalised(cv::Vec4f(v[0], v[1], v[2], w));
+  const Vector n = normalised(vector(accel)), r = vector(reference_), v = cross(n, r);
+  if (squaredLength(v) > epsilon) store(normalised(Quaternion{v.x, v.y, v.z, dot(n, r) + 1.0f}), quaternion_);
   firstUpdate_ = false;
 }
 
 void MayhonyAHRS::update(const cv::Vec3f& gyro, const cv::Vec3f& accel, const cv::Vec3f& motion, float dt) {
   if (standstill(motion)) return;
-  if (squaredLength(accel) > epsilon && firstUpdate_) align(accel);
+  if (squaredLength(vector(accel)) > epsilon && firstUpdate_) align(accel);
 
-  const cv::Vec3f a = normalised(accel);
-  cv::Vec4f rate = rateOfTurn(quaternion_, gyro);
-  if (squaredLength(a) > epsilon) {
-    constexpr float gain = 0.1f;
-    const cv::Vec4f s = normalised(gravityGradient(quaternion_, normalised(a)));
-    for (int i = 0; i < 4; ++i) rate[i] = rate[i] - gain * s[i];
-  }
-  for (int i = 0; i < 4; ++i) quaternion_[i] = quaternion_[i] + dt * rate[i];
-  quaternion_ = normalised(quaternion_);
+  const Quaternion q{quaternion_[0], quaternion_[1], quaternion_[2], quaternion_[3]};
+  const Vector a = normalised(vector(accel));
+  Quaternion rate = rateOfTurn(q, vector(gyro));
+  if (squaredLength(a) > epsilon) rate = moved(rate, -gain, normalised(gravityGradient(q, normalised(a))));
+  store(normalised(moved(q, dt, rate)), quaternion_);
 }
 
 // The vector part of conj(q) (r, 0) q.
 cv::Vec3f MayhonyAHRS::gravity() const {
-  const cv::Vec3f v(quaternion_[0], quaternion_[1], quaternion_[2]);
-  const float w = quaternion_[3];
-  const cv::Vec3f turned = cross(v, reference_);
-  cv::Vec3f t;
-  for (int i = 0; i < 3; ++i) t[i] = w * reference_[i] - turned[i];
-  const float ts = -dot(v, reference_);
-  const cv::Vec3f tv = cross(t, v);
-  return {w * t[0] - ts * v[0] + tv[0], w * t[1] - ts * v[1] + tv[1], w * t[2] - ts * v[2] + tv[2]};
+  const Vector v{quaternion_[0], quaternion_[1], quaternion_[2]}, r = vector(reference_), turned = cross(v, r);
+  const float w = quaternion_[3], ts = -dot(v, r);
+  const Vector t{w * r.x - turned.x, w * r.y - turned.y, w * r.z - turned.z}, tv = cross(t, v);
+  return {w * t.x - ts * v.x + tv.x, w * t.y - ts * v.y + tv.y, w * t.z - ts * v.z + tv.z};
 }
 
 // Of the two sets of angles that make a rotation, the one whose first angle is in [0, pi].
@@ -115,7 +135,7 @@ cv::Vec3f MayhonyAHRS::angles() const {
 }
 
 bool MayhonyAHRS::standstill(const cv::Vec3f& motion) const {
-  return standstillThreshold_ * standstillThreshold_ > squaredLength(motion);
+  return standstillThreshold_ * standstillThreshold_ > squaredLength(vector(motion));
 }
 
 }  // namespace MirelAlgorithms
