@@ -41,7 +41,7 @@ class MIREL_API AccelIntegrator {
   void reset();
 
  private:
-  float step_;
+  [[maybe_unused]] float step_;
   cv::Vec3f acceleration_, speed_, position_;
 };
 

@@ -60,7 +60,7 @@ class MIREL_API MayhonyAHRS {
   void align(const cv::Vec3f& accel);
 
   float standstillThreshold_;
-  float twoKp_, twoKi_;
+  [[maybe_unused]] float twoKp_, twoKi_;
   cv::Vec3f reference_;   // gravity in the world
   cv::Vec4f quaternion_;  // x, y, z, w
   cv::Vec3f integralError_;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <utility>
 
 namespace MirelAlgorithms {
 namespace {
@@ -71,10 +72,11 @@ void smoothSeries(const std::vector<double>& in, double* out, const SmoothingWin
 
 bool sgCubicSmoother(std::vector<double>& in, std::vector<double>& out, int window) {
   const SmoothingWindow* const found = findSmoothingWindow(window);
-  if (!found || in.size() < static_cast<std::size_t>(window / 2 + 2)) return false;
+  if (!found || in.size() < static_cast<std::size_t>(window) / 2 + 2) return false;
   if (&in == &out) {
-    const std::vector<double> copy = in;
-    smoothSeries(copy, out.data(), *found);
+    std::vector<double> smoothed(in.size());
+    smoothSeries(in, smoothed.data(), *found);
+    out = std::move(smoothed);
     return true;
   }
   out.resize(in.size());

@@ -20,9 +20,10 @@ struct SmoothingWindow {
 constexpr SmoothingWindow smoothingWindow(int width, int normaliser) {
   SmoothingWindow window{width, static_cast<double>(normaliser), {}};
   const int m = (width - 1) / 2;
-  for (int i = -m; i <= m; ++i)
-    window.weights[i + m] =
-        normaliser * 3 * (3 * m * m + 3 * m - 1 - 5 * i * i) / ((2 * m + 3) * (2 * m + 1) * (2 * m - 1));
+  for (int i = -m; i <= m; ++i) {
+    const int weight = normaliser * 3 * (3 * m * m + 3 * m - 1 - 5 * i * i) / ((2 * m + 3) * (2 * m + 1) * (2 * m - 1));
+    window.weights[i + m] = weight;
+  }
   if (width == 25) window.weights[m - 5] = window.weights[m + 5] = 343;
   return window;
 }
