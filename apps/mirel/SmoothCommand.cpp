@@ -158,13 +158,31 @@ nlohmann::json resultJson(const SmoothResult& result) {
 
 constexpr std::size_t mostPanels = 6;
 
-TimePlot timePlot(const SmoothResult& result) {
-  TimePlot plot{result.axis, result.times, {}, "", {}};
+/// Columns before and after, from one sample to another.
+TimePlot timePlot(const SmoothResult& result, std::size_t begin, std::size_t end) {
+  const auto part = [&](const std::vector<double>& values) {
+    return std::vector<double>(values.begin() + static_cast<std::ptrdiff_t>(begin),
+                               values.begin() + static_cast<std::ptrdiff_t>(end));
+  };
+  TimePlot plot{result.axis, part(result.times), {}, "", {}};
   for (std::size_t i = 0; i < std::min(mostPanels, result.smoothed.size()); ++i) {
     const SmoothedColumn& s = result.smoothed[i];
-    plot.panels.push_back({s.name, "", {{"before", s.before}, {"smoothed", s.after}}});
+    plot.panels.push_back({s.name, "", {{"before", part(s.before)}, {"smoothed", part(s.after)}}});
   }
   return plot;
+}
+
+constexpr std::size_t detail = 300;  // samples in which single ones can be seen
+
+/// The samples around the largest change of the first column.
+TimePlot detailPlot(const SmoothResult& result) {
+  const SmoothedColumn& s = result.smoothed[0];
+  std::size_t largest = 0;
+  for (std::size_t i = 0; i < s.before.size(); ++i) {
+    if (std::abs(s.after[i] - s.before[i]) > std::abs(s.after[largest] - s.before[largest])) largest = i;
+  }
+  const std::size_t end = std::min(std::max(largest + detail / 2, detail), s.before.size());
+  return timePlot(result, end - detail, end);
 }
 
 /// How evenly spaced the samples are; the smoother takes them as even.
@@ -259,13 +277,22 @@ class SmoothCommand : public Command {
     Report report = smoothReport(result);
     std::vector<std::string> lines = {report.answer.title, fmt::format("window of {} samples", result.window)};
     if (result.smoothed.size() > mostPanels) lines[1] += fmt::format(", the first {} columns shown", mostPanels);
-    const TimePlot plot = timePlot(result);
+    const TimePlot plot = timePlot(result, 0, result.times.size());
     const cv::Mat picture = drawTimePlot(plot, lines);
     session.folder().writePicture("smooth.png", picture);
     addTimePlot(report, plot, picture);
+    if (result.times.size() > 2 * detail) addDetail(session, report, result);
     const std::string files = summaryLine("smoothed", session.folder().shownPath("smoothed.csv")) +
                               summaryLine("picture", session.folder().shownPath("smooth.png"));
     session.finish(report, inputs, summaryText(result) + files);
+  }
+
+  static void addDetail(Session& session, Report& report, const SmoothResult& result) {
+    const std::string caption =
+        fmt::format("{} samples around the largest change of {}", detail, result.smoothed[0].name);
+    const cv::Mat picture = drawTimePlot(detailPlot(result), {caption});
+    session.folder().writePicture("smooth_detail.png", picture);
+    report.pictures.push_back({caption, reportJpeg(picture)});
   }
 
   RunOptions common_;

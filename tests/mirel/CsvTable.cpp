@@ -82,7 +82,7 @@ TEST_F(CsvTable, whatIsWrongIsToldWithItsLine) {
       {replaced(samples, "gyro_x_rad_s", "gyro_x_deg_s"),
        "column 3 (gyro_y_rad_s): in rad/s, but the column before in deg/s"},
       {replaced(samples, "gyro_x_rad_s", "gyro x [mdps]"), "unit [mdps] not known; --gyro-unit"},
-      {std::string(samples, samples.find("0.01")), "one sample"},
+      {samples.substr(0, samples.find("0.01")), "one sample"},
   };
   for (const auto& [text, said] : cases) {
     write("log.csv", text);

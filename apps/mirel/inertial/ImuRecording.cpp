@@ -124,8 +124,8 @@ void addUse(ImuRecording& recording, const CsvTable& table, std::span<const std:
 }
 
 double medianLength(const std::vector<cv::Vec3f>& vectors) {
-  std::vector<double> lengths;
-  for (const cv::Vec3f& v : vectors) lengths.push_back(cv::norm(v));
+  std::vector<double> lengths(vectors.size());
+  std::transform(vectors.begin(), vectors.end(), lengths.begin(), [](const cv::Vec3f& v) { return cv::norm(v); });
   const auto middle = lengths.begin() + static_cast<std::ptrdiff_t>(lengths.size() / 2);
   std::nth_element(lengths.begin(), middle, lengths.end());
   return *middle;

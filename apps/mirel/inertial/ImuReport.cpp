@@ -244,8 +244,8 @@ std::string summaryText(const ImuResult& result, const json& numbers) {
       summaryLine("gyro", columnsText(columns, 1, 3)) + summaryLine("accel", columnsText(columns, 4, 3)) +
       summaryLine("samples", fmt::format("{} over {:.3f} s, {}", samples, sampling.duration, describeRate(sampling))) +
       summaryLine("gaps", describeGaps(sampling)) +
-      summaryLine("at rest", fmt::format("{} of the samples, {} times", share(countOf(result.estimate.rest), samples),
-                                         numbers["rests"].dump())) +
+      summaryLine("at rest", fmt::format("{} of the samples, {} {}", share(countOf(result.estimate.rest), samples),
+                                         numbers["rests"].dump(), numbers["rests"] == 1 ? "rest" : "rests")) +
       summaryLine("gravity", numbers["gravity"].is_null() ? "never at rest, not compared"
                                                           : spreadText(numbers["gravity"]) +
                                                                 fmt::format("; {:.3f} m/s2", result.estimate.weight));

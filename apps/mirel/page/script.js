@@ -11,6 +11,7 @@
     display: chart.series.length > 1, position: "bottom",
     labels: {
       boxWidth: chart.overTime ? 26 : 14, usePointStyle: chart.overTime,
+      sort: (a, b) => a.datasetIndex - b.datasetIndex,
       filter: (item) => chart.series.findIndex((series) => series.name === item.text) === item.datasetIndex,
     },
   });
