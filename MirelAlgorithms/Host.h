@@ -2,6 +2,7 @@
 #pragma once
 
 #include <Brel/AttrContainer.h>
+#include <Brel/VoxelGrid.h>
 #include <MirelCore/MirelCore.h>
 #include <VoskBase/Mat4d.h>
 #include <VoskBase/Module.h>
@@ -13,6 +14,7 @@
 namespace MirelAlgorithms {
 
 using Brel::AttrContainer;
+using Brel::VoxelGrid;
 using VoskBase::Mat4d;
 using VoskBase::Module;
 using VoskBase::SmartPtr;

@@ -13,6 +13,9 @@
 #include <MirelAlgorithms/filters/MayhonyAHRS.h>
 #include <MirelAlgorithms/filters/SavitzkyGolay.h>
 #include <MirelAlgorithms/frame/Timestamp.h>
+#include <MirelAlgorithms/geometry/Frustum.h>
+#include <MirelAlgorithms/geometry/UnionFind.h>
+#include <MirelAlgorithms/geometry/VisibilityCheck.h>
 #include <MirelAlgorithms/matching/FeatureMatching.h>
 #include <MirelAlgorithms/matching/FeaturePrediction.h>
 #include <MirelAlgorithms/matching/Hamming.h>

@@ -1,0 +1,211 @@
+#include <MirelAlgorithms/frame/internal/Log.h>
+#include <MirelAlgorithms/frame/internal/Require.h>
+#include <MirelAlgorithms/geometry/VisibilityCheck.h>
+#include <MirelAlgorithms/geometry/internal/SeededRandom.h>
+#include <MirelAlgorithms/geometry/internal/SightLine.h>
+#include <MirelAlgorithms/geometry/internal/VoxelIndex.h>
+#include <MirelAlgorithms/geometry/internal/VoxelScore.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <stdexcept>
+#include <string>
+
+#define VOXEL_LOG(...) \
+  MIREL_LOG("VisibilityCheck.cpp", "Algorithms::VisibilityCheck::updateGrid", LogLevel::diagnostic, __VA_ARGS__)
+
+namespace Algorithms {
+namespace {
+
+using namespace MirelAlgorithms;
+using Vector = Eigen::Vector3d;
+using Element = VisibilityCheck::GridElement;
+using Pose = std::array<double, 16>;
+
+namespace LogLevel = MirelAlgorithms::LogLevel;
+
+constexpr const char* function = "updateGrid";
+constexpr std::size_t leastPoints = 10, leastRays = 10;
+constexpr int leastPoseSpan = 31;
+constexpr double sampledPart = 0.1;
+
+Vector transformed(const Vector& p, const Pose& m) {
+  return {m[0] * p[0] + m[1] * p[1] + m[2] * p[2] + m[3], m[4] * p[0] + m[5] * p[1] + m[6] * p[2] + m[7],
+          m[8] * p[0] + m[9] * p[1] + m[10] * p[2] + m[11]};
+}
+
+const Pose& poseOf(const std::map<int, Pose>& poses, int number) {
+  const auto found = poses.find(number);
+  if (found == poses.end()) throw std::out_of_range("invalid map<K, T> key");
+  return found->second;
+}
+
+void widen(Element& element, int pose) {
+  element.firstPose = std::min(element.firstPose, pose);
+  element.lastPose = std::max(element.lastPose, pose);
+}
+
+SeenScene sceneOf(const VisibilityCheck::Points& points, const std::map<int, Pose>& poses,
+                  const std::vector<Vector>& sensorPoints) {
+  SeenScene scene;
+  std::unordered_map<int, int> indexOfPose;
+  for (const auto& [number, pose] : poses) {
+    indexOfPose[number] = static_cast<int>(scene.sensors.size());
+    auto& sensors = scene.sensors.emplace_back();
+    for (const Vector& sensor : sensorPoints) sensors.push_back(transformed(sensor, pose));
+  }
+  scene.points.reserve(points.size());
+  scene.poseOfPoint.reserve(points.size());
+  for (const auto& [position, number] : points) {
+    scene.points.push_back(transformed(position, poses.at(number)));
+    scene.poseOfPoint.push_back(indexOfPose.at(number));
+  }
+  return scene;
+}
+
+void collectPoints(VisibilityCheck::Grid& grid, const SeenScene& scene, const VisibilityCheck::Points& points) {
+  for (std::size_t i = 0; i < points.size(); ++i) {
+    const int pose = points[i].second;
+    const auto [cell, isNew] = grid.cells().try_emplace(grid.key(scene.points[i]));
+    Element& element = cell->second;
+    if (isNew) element.firstPose = element.lastPose = pose;
+    element.points.push_back(static_cast<int>(i));
+    widen(element, pose);
+  }
+}
+
+void collectRays(VisibilityCheck::Grid& grid, double voxelSize, const SeenScene& scene,
+                 const VisibilityCheck::Points& points) {
+  if (grid.cells().empty()) return;
+  const VoxelIndex index(grid.cells());
+  for (std::size_t i = 0; i < points.size(); ++i) {
+    const int point = static_cast<int>(i), pose = points[i].second;
+    for (const Vector& sensor : scene.sensors[static_cast<std::size_t>(scene.poseOfPoint[i])])
+      walkSightLine(grid, voxelSize, index.box(), scene.points[i], sensor, [&](const VoxelKey& key) {
+        Element* const element = index.find(key);
+        if (!element) return;
+        if (element->rays.empty() || element->rays.back() != point) element->rays.push_back(point);
+        widen(*element, pose);
+      });
+  }
+}
+
+// Members of a list as the random numbers from `number` on choose them, with replacement.
+std::vector<int> drawFrom(const std::vector<int>& list, std::size_t count, const int* number) {
+  std::vector<int> drawn(count);
+  for (int& member : drawn) member = list[static_cast<std::size_t>(*number++) % list.size()];
+  return drawn;
+}
+
+std::size_t sampleSize(const std::vector<int>& list) {
+  return static_cast<std::size_t>(std::floor(sampledPart * static_cast<double>(list.size())));
+}
+
+void scoreVoxels(VisibilityCheck::Grid& grid, const SeenScene& scene) {
+  std::vector<int> random;
+  for (auto& [key, element] : grid.cells()) {
+    const std::size_t points = sampleSize(element.points), rays = sampleSize(element.rays);
+    extendSeededRandom(random, points + rays);
+    element.score = voxelScore(scene, drawFrom(element.points, points, random.data()),
+                               drawFrom(element.rays, rays, random.data() + points));
+  }
+}
+
+void requireFinite(const char* argument, const Vector& p) {
+  if (!p.allFinite()) refuse(function, argument, "a number that is not finite", "finite numbers");
+}
+
+}  // namespace
+
+VisibilityCheck::VisibilityCheck(double voxelSize) : voxelSize_(voxelSize) {}
+VisibilityCheck::VisibilityCheck(const VisibilityCheck& other) = default;
+VisibilityCheck::VisibilityCheck(VisibilityCheck&& other) noexcept = default;
+VisibilityCheck& VisibilityCheck::operator=(const VisibilityCheck& other) = default;
+VisibilityCheck& VisibilityCheck::operator=(VisibilityCheck&& other) noexcept = default;
+VisibilityCheck::~VisibilityCheck() = default;
+
+void VisibilityCheck::checkInput(const Points& points, const std::map<int, Elements>& poses,
+                                 const std::vector<Vector>& sensorPoints) const {
+  constexpr std::size_t mostPoints = 2147483647;
+  if (points.size() > mostPoints) refuse(function, "points", std::to_string(points.size()), "fewer than 2^31");
+  for (const auto& [position, number] : points) static_cast<void>(poseOf(poses, number));
+  if (!points.empty() && (sensorPoints.size() == 1 || sensorPoints.size() == 2))
+    refuse(function, "sensorPoints", std::to_string(sensorPoints.size()), "none, or at least 3");
+  for (const auto& [number, pose] : poses)
+    for (const Vector& sensor : sensorPoints) requireFinite("sensorPoints in the world", transformed(sensor, pose));
+
+  constexpr double mostCells = 2147483647.0;  // leaves room for one step more
+  const double size = voxelSize_ > 0.0 ? voxelSize_ : Grid().cellSize();
+  for (const auto& [position, number] : points) {
+    const Vector p = transformed(position, poseOf(poses, number));
+    requireFinite("points in the world", p);
+    if (!((p / size).array().abs() < mostCells).all())
+      refuse(function, "points", "one at 2^31 voxels or more from the origin", "nearer points or larger voxels");
+  }
+}
+
+void VisibilityCheck::update(Points points, std::map<int, Elements> poses, std::vector<Vector> sensorPoints) {
+  const MirelCore::FunctionTimer timer("update voxel grid");
+  checkInput(points, poses, sensorPoints);
+  points_ = std::move(points);
+  poses_ = std::move(poses);
+  grid_.cells().clear();
+  grid_.setOrigin(Vector(0.0, 0.0, 0.0));
+  if (voxelSize_ > 0.0) grid_.setCellSize(voxelSize_);
+
+  const SeenScene scene = sceneOf(points_, poses_, sensorPoints);
+  collectPoints(grid_, scene, points_);
+  VOXEL_LOG(L"First Loop Sucessful");
+
+  const auto size = [this] { return static_cast<int>(grid_.cells().size()); };
+  VOXEL_LOG(L"First deleting loop: size before %i", size());
+  std::erase_if(grid_.cells(), [](const auto& cell) { return cell.second.points.size() < leastPoints; });
+  VOXEL_LOG(L"size after %i", size());
+
+  collectRays(grid_, voxelSize_, scene, points_);
+  VOXEL_LOG(L"Second Loop Sucessful");
+
+  VOXEL_LOG(L"Size before deleting Loop %i", size());
+  std::erase_if(grid_.cells(), [](const auto& cell) {
+    const Element& element = cell.second;
+    return static_cast<long long>(element.lastPose) - element.firstPose < leastPoseSpan ||
+           element.rays.size() < leastRays;
+  });
+  VOXEL_LOG(L"Deleting voxels between the loop Sucessful");
+  VOXEL_LOG(L"Size after Loop %i", size());
+
+  scoreVoxels(grid_, scene);
+  VOXEL_LOG(L"Final Grid size %i", size());
+}
+
+std::vector<Vector> VisibilityCheck::inWorld(const std::vector<int>& indices) const {
+  std::vector<Vector> world;
+  world.reserve(indices.size());
+  for (const int index : indices) {
+    const auto& [position, number] = points_[static_cast<std::size_t>(index)];
+    world.push_back(transformed(position, poseOf(poses_, number)));
+  }
+  return world;
+}
+
+std::tuple<std::vector<Vector>, std::vector<Vector>, int, int, int> VisibilityCheck::getCurrentMax() {
+  const Cells::value_type* best = nullptr;
+  int bestScore = 0;
+  for (const auto& cell : grid_.cells())
+    if (cell.second.score > bestScore) {
+      bestScore = cell.second.score;
+      best = &cell;
+    }
+  if (!best) return {};
+
+  const Vector centre = grid_.centre(best->first);
+  std::tuple result(inWorld(best->second.points), inWorld(best->second.rays), best->second.firstPose,
+                    best->second.lastPose, bestScore);
+  constexpr double region = 1.0;
+  for (auto& [key, element] : grid_.cells())
+    if ((grid_.centre(key) - centre).norm() < region) element.score = 0;
+  return result;
+}
+
+}  // namespace Algorithms
