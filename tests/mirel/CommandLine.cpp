@@ -10,11 +10,11 @@ TEST_F(CommandLine, helpIsAskedForInManyWays) {
   for (const char* arguments : {"", "--help", "help"}) {
     const ToolResult result = run(arguments);
     EXPECT_EQ(result.status, 0) << arguments;
-    for (const char* command : {"track", "features", "settings"}) {
+    for (const char* command : {"track", "features", "imu", "smooth", "settings"}) {
       EXPECT_NE(result.output.find(command), std::string::npos) << arguments << command;
     }
   }
-  for (const std::string command : {"track", "features", "settings"}) {
+  for (const std::string command : {"track", "features", "imu", "smooth", "settings"}) {
     const ToolResult result = run(command + " --help");
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.output, run("help " + command).output);

@@ -14,17 +14,31 @@ namespace {
 using Spelling = std::pair<std::string_view, std::string_view>;
 
 // Letters and digits only, in lower case.
-constexpr std::array timeUnits = {Spelling{"s", "s"},      Spelling{"sec", "s"},      Spelling{"secs", "s"},    Spelling{"second", "s"},
-                                  Spelling{"seconds", "s"},        Spelling{"ms", "ms"},      Spelling{"msec", "ms"},   Spelling{"millis", "ms"},
-                                  Spelling{"milliseconds", "ms"},  Spelling{"us", "us"},      Spelling{"usec", "us"},   Spelling{"micros", "us"},
-                                  Spelling{"microseconds", "us"},  Spelling{"ns", "ns"},      Spelling{"nsec", "ns"},   Spelling{"nanos", "ns"},
-                                  Spelling{"nanosec", "ns"},       Spelling{"nanoseconds", "ns"}};
-constexpr std::array gyroUnits = {Spelling{"rads", "rad/s"}, Spelling{"radsec", "rad/s"}, Spelling{"radps", "rad/s"},
-                                  Spelling{"rads1", "rad/s"},        Spelling{"radianss", "rad/s"}, Spelling{"degs", "deg/s"},
-                                  Spelling{"degsec", "deg/s"},       Spelling{"degps", "deg/s"},  Spelling{"dps", "deg/s"},
-                                  Spelling{"degs1", "deg/s"},        Spelling{"degreess", "deg/s"}};
+constexpr std::array timeUnits = {Spelling{"s", "s"},
+                                  Spelling{"sec", "s"},
+                                  Spelling{"secs", "s"},
+                                  Spelling{"second", "s"},
+                                  Spelling{"seconds", "s"},
+                                  Spelling{"ms", "ms"},
+                                  Spelling{"msec", "ms"},
+                                  Spelling{"millis", "ms"},
+                                  Spelling{"milliseconds", "ms"},
+                                  Spelling{"us", "us"},
+                                  Spelling{"usec", "us"},
+                                  Spelling{"micros", "us"},
+                                  Spelling{"microseconds", "us"},
+                                  Spelling{"ns", "ns"},
+                                  Spelling{"nsec", "ns"},
+                                  Spelling{"nanos", "ns"},
+                                  Spelling{"nanosec", "ns"},
+                                  Spelling{"nanoseconds", "ns"}};
+constexpr std::array gyroUnits = {
+    Spelling{"rads", "rad/s"},   Spelling{"radsec", "rad/s"},   Spelling{"radps", "rad/s"},
+    Spelling{"rads1", "rad/s"},  Spelling{"radianss", "rad/s"}, Spelling{"degs", "deg/s"},
+    Spelling{"degsec", "deg/s"}, Spelling{"degps", "deg/s"},    Spelling{"dps", "deg/s"},
+    Spelling{"degs1", "deg/s"},  Spelling{"degreess", "deg/s"}};
 constexpr std::array accelUnits = {Spelling{"ms2", "m/s2"}, Spelling{"msec2", "m/s2"}, Spelling{"mps2", "m/s2"},
-                                   Spelling{"mss", "m/s2"},         Spelling{"g", "g"},        Spelling{"gs", "g"}};
+                                   Spelling{"mss", "m/s2"}, Spelling{"g", "g"},        Spelling{"gs", "g"}};
 
 // Square, degree, micro, Greek mu.
 constexpr std::array utf8 = {Spelling{"\xC2\xB2", "2"}, Spelling{"\xC2\xB0", "deg"}, Spelling{"\xC2\xB5", "u"},
@@ -32,9 +46,9 @@ constexpr std::array utf8 = {Spelling{"\xC2\xB2", "2"}, Spelling{"\xC2\xB0", "de
 
 constexpr std::array<std::string_view, 8> timeNames = {"t",  "time",    "timestamp",   "timestamps",
                                                        "ts", "elapsed", "elapsedtime", "stamp"};
-constexpr std::array<std::string_view, 11> gyroNames = {"g", "gyr", "gyro", "gyroscope", "w", "omega", "wrss",
-                                                        "angularvelocity", "angularrate", "angvel", "rotationrate"};
-constexpr std::array<std::string_view, 7> accelNames = {"a",    "acc",          "accel",        "acceleration",
+constexpr std::array<std::string_view, 11> gyroNames = {
+    "g", "gyr", "gyro", "gyroscope", "w", "omega", "wrss", "angularvelocity", "angularrate", "angvel", "rotationrate"};
+constexpr std::array<std::string_view, 7> accelNames = {"a",    "acc",           "accel",        "acceleration",
                                                         "arss", "accelerometer", "specificforce"};
 constexpr std::array<std::string_view, 5> attitudeNames = {"q", "quat", "quaternion", "orientation", "qrs"};
 
@@ -82,21 +96,34 @@ std::string joined(const std::vector<std::string>& words, std::size_t begin, std
   return text;
 }
 
-/// The quantity that the first `end` words name, or their last ones: "imu gyro x" is "gyro x".
+/// Quantity and axis of a name such as "gyrox".
+bool readQuantity(const std::string& name, ColumnHead& head) {
+  const std::string stem = name.substr(0, name.size() - 1);
+  const char axis = name.back();
+  const bool spatial = axis >= 'x' && axis <= 'z';
+  if (contains(timeNames, name)) {
+    head.quantity = Quantity::time;
+    return true;
+  }
+  if (spatial && contains(gyroNames, stem)) {
+    head.quantity = Quantity::gyro;
+  } else if (spatial && contains(accelNames, stem)) {
+    head.quantity = Quantity::accel;
+  } else if ((spatial || axis == 'w') && contains(attitudeNames, stem)) {
+    head.quantity = Quantity::attitude;
+  } else {
+    return false;
+  }
+  head.axis = axis;
+  return true;
+}
+
+/// What the first `end` words name, or the last ones of them: "imu gyro x" is "gyro x".
 bool readName(const std::vector<std::string>& words, std::size_t end, ColumnHead& head) {
+  head = {};
   if (contains(words, "user")) return false;  // acceleration without gravity
   for (std::size_t begin = 0; begin < end; ++begin) {
-    const std::string name = joined(words, begin, end);
-    const std::string stem = name.substr(0, name.size() - 1);
-    head.axis = name.back();
-    const bool spatial = head.axis >= 'x' && head.axis <= 'z';
-    if (spatial && contains(gyroNames, stem)) return head.quantity = Quantity::gyro, true;
-    if (spatial && contains(accelNames, stem)) return head.quantity = Quantity::accel, true;
-    if ((spatial || head.axis == 'w') && contains(attitudeNames, stem)) return head.quantity = Quantity::attitude, true;
-    if (contains(timeNames, name)) {
-      head.axis = 0;
-      return head.quantity = Quantity::time, true;
-    }
+    if (readQuantity(joined(words, begin, end), head)) return true;
   }
   return false;
 }
@@ -110,7 +137,6 @@ bool readHead(const std::string& text, ColumnHead& head) {
   }
   const std::size_t open = plain.find_first_of("([");
   const std::vector<std::string> words = wordsOf(plain.substr(0, open));
-  head = {};
   if (open != std::string::npos) {
     if (!readName(words, words.size(), head)) return false;
     const std::vector<std::string> inside = wordsOf(plain.substr(open));

@@ -9,7 +9,7 @@ enum class Quantity { time, gyro, accel, attitude };
 
 /// A column's meaning.
 struct ColumnHead {
-  Quantity quantity;
+  Quantity quantity = Quantity::time;
   char axis = 0;        ///< x, y, z; also w for the attitude; 0 for the time
   std::string unit;     ///< s, ms, us, ns; rad/s, deg/s; m/s2, g; empty when the head tells none
   std::string unknown;  ///< what stands where a unit is expected and is none of these

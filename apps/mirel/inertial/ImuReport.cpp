@@ -136,7 +136,7 @@ std::vector<ReportFact> facts(const ImuResult& result, const json& numbers) {
 }
 
 ReportTable columnTable(const std::vector<ColumnUse>& columns) {
-  ReportTable table{"Columns as they were read", {"Quantity", "Column", "Head", "Unit", "Unit known from"}, {}};
+  ReportTable table{"Columns as they were read", {"Quantity", "Column", "Head", "Unit", "Unit from"}, {}};
   for (const ColumnUse& c : columns) {
     table.rows.push_back({c.quantity, fmt::format("{}", c.number), c.head, c.unit, c.unitFrom});
   }
