@@ -67,7 +67,7 @@ void writeAttitude(const OutputFolder& folder, const ImuResult& result) {
 class ImuCommand : public Command {
  public:
   void addOptions(CLI::App& app) override {
-    app.add_option("log", options_.log, "a table of samples, or - for standard input")->type_name("LOG.csv");
+    app.add_option("recording", options_.log, "a table of samples, or - for standard input")->type_name("LOG.csv");
     app.add_option("--columns", options_.columns.columns,
                    "seven heads or numbers, for time, gyro x, y, z, accel x, y, z; by default the heads tell")
         ->type_name("LIST");

@@ -112,6 +112,8 @@ TEST_F(ImuCommand, unitsComeFromHeadsOrOptions) {
   ASSERT_EQ(result.status, 0) << result.errors;
   EXPECT_EQ(result.json()["columns"][0]["unit_from"], "option");
   EXPECT_EQ(si["columns"][0]["unit_from"], "head");
+  ASSERT_EQ(run("--config other/run.json --out again --quiet").status, 0);
+  EXPECT_EQ(read("again/attitude.csv"), read("other/attitude.csv"));
   const auto a = readCsv("si/attitude.csv"), b = readCsv("other/attitude.csv");
   ASSERT_EQ(a.size(), b.size());
   for (std::size_t k = 0; k < a[0].size(); ++k)
