@@ -57,9 +57,11 @@ void checkIsFile(const std::string& path, const FileKind& wanted) {
   if (status.type() == fs::file_type::not_found) throw UsageError(path + ": no such file");
   if (status.type() == fs::file_type::none) throw UsageError(path + ": cannot be read: " + error.message());
   if (status.type() == fs::file_type::directory) {
-    throw UsageError(path + ": a folder, files expected, for example '" + (fs::path(path) / wanted.example).string() + "'");
+    throw UsageError(path + ": a folder, files expected, for example '" + (fs::path(path) / wanted.example).string() +
+                     "'");
   }
-  if (status.type() != fs::file_type::regular) throw UsageError(path + ": no file with content, " + wanted.name + " expected");
+  if (status.type() != fs::file_type::regular)
+    throw UsageError(path + ": no file with content, " + wanted.name + " expected");
   checkBytes(path, fs::file_size(path, error), wanted);
   if (!std::ifstream(path, std::ios::binary)) throw UsageError(path + ": cannot be read: permission denied");
 }
