@@ -10,7 +10,9 @@
 #include "output/Summary.h"
 #include "pictures/MatchPicture.h"
 #include "pictures/TrackPicture.h"
+#include "tracking/PairMatcher.h"
 #include "tracking/TrackReport.h"
+#include "tracking/Tracks.h"
 
 #include <fmt/format.h>
 
@@ -31,7 +33,7 @@ struct TrackOptions {
   std::string mode = "narrow";
   FrameChoice choice;
   int pictures = 8;
-  bool circles = false;
+  bool circles = false, noPrediction = false;
 };
 
 /// One walk through the frames, written down on the way.
@@ -41,7 +43,7 @@ class TrackRun {
       : options_(options),
         session_(session),
         frames_(frames),
-        matcher_(modes.at(options.mode), session.clock()),
+        matcher_(modes.at(options.mode), !options.noPrediction, session.clock()),
         features_(session.folder(), "features.csv", "frame,feature,x_px,y_px,size_px,angle,response"),
         matches_(session.folder(), "matches.csv",
                  "frame,query,train,x1_px,y1_px,x2_px,y2_px,distance_bits1024,predicted_x_px,predicted_y_px,"
@@ -157,6 +159,8 @@ class TrackCommand : public Command {
         ->check(oneOf({"narrow", "wide", "exhaustive"}))
         ->type_name("MODE")
         ->capture_default_str();
+    app.add_flag("--no-prediction", options_.noPrediction,
+                 "search every feature around its own position, not where its track or the last image motion takes it");
     app.add_option("--every", options_.choice.every, "take every N-th frame")
         ->check(atLeast(1))
         ->type_name("N")

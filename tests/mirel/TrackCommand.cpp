@@ -107,6 +107,63 @@ TEST_F(TrackCommand, videosAreReadFrameAfterFrame) {
   EXPECT_FALSE(exists("out/matches_0002.png"));
 }
 
+TEST_F(TrackCommand, predictionFollowsACameraOutOfTheCircles) {
+  const cv::Mat scene = texture(0, 0, 1, {1000, 240});
+  const std::vector<int> steps = {80, 95, 110, 125, 140};  // px; the circles have 120
+  for (int i = 0, x = 0; i <= 5; x += i < 5 ? steps[i] : 0, ++i)
+    write("pan" + std::to_string(i) + ".png", scene(cv::Rect(x, 0, 320, 240)));
+  const nlohmann::json with = run("track 'pan*.png' --json").json();
+  const nlohmann::json without = run("track 'pan*.png' --no-prediction --json").json();
+  EXPECT_FALSE(without.contains("prediction"));
+  EXPECT_FALSE(with["pairs"][0].contains("prediction"));
+  int matches = 0, matchesWithout = 0, byTrack = 0;
+  for (std::size_t i = 1; i < steps.size(); ++i) {
+    const nlohmann::json& pair = with["pairs"][i];
+    const nlohmann::json& gain = pair["prediction"];
+    EXPECT_EQ(gain["matches"], pair["matches"]);
+    EXPECT_EQ(gain["matches_without"], without["pairs"][i]["matches"]);
+    EXPECT_NEAR(gain["median_error_px"], 15, 0.1);
+    EXPECT_NEAR(gain["median_error_standing_still_px"], steps[i], 0.1);
+    if (steps[i] > 120) {
+      EXPECT_GT(gain["matches"], 10 * gain["matches_without"].get<int>() + 50);
+    }
+    matches += gain["matches"].get<int>();
+    matchesWithout += gain["matches_without"].get<int>();
+    byTrack += gain["matches_predicted_by_track"].get<int>();
+  }
+  EXPECT_EQ(with["prediction"]["matches"], matches);
+  EXPECT_EQ(with["prediction"]["matches_without"], matchesWithout);
+  EXPECT_EQ(with["prediction"]["matches_predicted_by_track"], byTrack);
+  EXPECT_NEAR(with["prediction"]["median_error_standing_still_px"], 125, 0.1);  // the upper one of four
+}
+
+TEST_F(TrackCommand, predictionFollowsWhatMovesAgainstTheImage) {
+  const cv::Mat scene = texture(0, 0, 1, {800, 240}), thing = texture(0, 0, 2, {100, 200});
+  const std::vector<int> places = {10, 80, 175, 295, 440, 610};  // the last two steps are longer than 120 px
+  for (const int x : places) {
+    cv::Mat frame = scene.clone();
+    thing.copyTo(frame(cv::Rect({x, 20}, thing.size())));
+    write("thing" + std::to_string(1000 + x) + ".png", frame);
+  }
+  const nlohmann::json pairs = run("track 'thing*.png' --json").json()["pairs"];
+  for (const int i : {3, 4}) {
+    const nlohmann::json& gain = pairs[i]["prediction"];
+    EXPECT_GT(gain["matches"], gain["matches_without"].get<int>() + 20) << gain;
+  }
+}
+
+TEST_F(TrackCommand, nothingIsSaidOfPredictionWhereNothingIsPredicted) {
+  writeFrames(3);
+  for (const char* arguments :
+       {"frame8.png frame9.png", "'frame*.png' --no-prediction", "'frame*.png' --mode exhaustive"}) {
+    const ToolResult result = run(std::string("track --out out ") + arguments);
+    EXPECT_EQ(result.status, 0) << arguments;
+    EXPECT_EQ(result.output.find("prediction"), std::string::npos) << result.output;
+    EXPECT_FALSE(readJson("out/motion.json").contains("prediction")) << arguments;
+  }
+  EXPECT_NE(run("track 'frame*.png' --out out").output.find("\nprediction    "), std::string::npos);
+}
+
 TEST_F(TrackCommand, picturesOfAnEarlierRunAreReplaced) {
   writeFrames(2);
   std::filesystem::create_directories(path("out"));

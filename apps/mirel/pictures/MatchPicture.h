@@ -1,7 +1,7 @@
 /// Two frames side by side with lines between matched features.
 #pragma once
 
-#include "tracking/PairMatcher.h"
+#include "tracking/PairResult.h"
 
 #include <opencv2/core/mat.hpp>
 

@@ -1,6 +1,7 @@
 /// The last frame with the ways that its features came.
 #pragma once
 
+#include "input/FrameSource.h"
 #include "tracking/Tracks.h"
 
 #include <opencv2/core/mat.hpp>

@@ -1,5 +1,7 @@
 #include "tracking/PairMatcher.h"
 
+#include "tracking/PairNumbers.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -13,7 +15,7 @@ using MirelAlgorithms::MotionEstimate;
 
 namespace {
 
-constexpr int freshPrediction = 1, ownPrediction = 2;  // FBPrediction::state
+constexpr int atOwnPosition = 1, byTrack = 2, byMotion = 3;  // FBPrediction::state
 
 ImageMotion estimateMotion(const std::vector<PairMatch>& matches, cv::Size image) {
   std::vector<cv::Vec2f> from, to;
@@ -48,24 +50,59 @@ void rateMatches(PairResult& pair) {
   if (pair.inliers < fewest) pair.motion.valid = false;
 }
 
+/// All of the gain but the matches without.
+///
+/// @param predictions  as they were before matching
+PredictionGain ratePredictions(const PairResult& pair, const std::vector<FBPrediction>& predictions) {
+  std::vector<double> error, errorOfStay;
+  for (const PairMatch& match : pair.matches) {
+    const FBPrediction& prediction = predictions[static_cast<std::size_t>(match.match.queryIdx)];
+    if (prediction.state != byTrack) continue;
+    error.push_back(std::hypot(match.to.x - prediction.x, match.to.y - prediction.y));
+    errorOfStay.push_back(std::hypot(match.to.x - match.from.x, match.to.y - match.from.y));
+  }
+  return {.matches = pair.matchCount,
+          .tracked = static_cast<int>(error.size()),
+          .error = median(error),
+          .errorOfStay = median(errorOfStay)};
+}
+
 }  // namespace
 
-std::vector<FBPrediction> PairMatcher::predict(const FrameFeatures& frame) const {
-  std::vector<FBPrediction> predictions;
-  const bool moving = last_.to == frame.number && last_.motion.valid;
+PairMatcher::PairMatcher(MirelAlgorithms::FBMFilterMode mode, bool predicts, StageClock& clock)
+    : mode_(mode), params_(mode), predicts_(predicts && mode != MirelAlgorithms::Exhaustive), clock_(clock) {}
+
+FBPrediction PairMatcher::predict(int feature, cv::Point2f here) const {
+  const float radiusSq = params_.searchRadiusSq;
+  if (const auto there = tracks_.next(feature)) return {there->x, there->y, radiusSq, byTrack};
+  if (!motion_.valid) return {here.x, here.y, radiusSq, atOwnPosition};
+  const cv::Vec2f there = motion_.estimate.apply(cv::Vec2f(here.x, here.y));
+  return {there[0], there[1], radiusSq, byMotion};
+}
+
+PairMatcher::Predictions PairMatcher::predict(const FrameFeatures& frame) const {
+  const cv::Rect2f image({-0.5f, -0.5f}, cv::Size2f(frame.frame.grey.size()));
+  Predictions predictions;
   for (const cv::KeyPoint& point : frame.keyPoints) {
-    const cv::Vec2f here(point.pt.x, point.pt.y);
-    const cv::Vec2f there = moving ? last_.motion.estimate.apply(here) : here;
-    predictions.push_back({there[0], there[1], params_.searchRadiusSq, moving ? ownPrediction : freshPrediction});
-  }
-  if (!moving) return predictions;
-  for (const PairMatch& match : last_.matches) {
-    if (!match.inlier) continue;
-    FBPrediction& prediction = predictions[static_cast<std::size_t>(match.match.trainIdx)];
-    prediction.x = 2 * match.to.x - match.from.x;
-    prediction.y = 2 * match.to.y - match.from.y;
+    FBPrediction prediction = predict(static_cast<int>(predictions.size()), point.pt);
+    const bool inside = image.contains({prediction.x, prediction.y});  // not so for NaN
+    if (!inside) prediction = {point.pt.x, point.pt.y, params_.searchRadiusSq, atOwnPosition};
+    predictions.push_back(prediction);
   }
   return predictions;
+}
+
+bool PairMatcher::findMatches(const FrameFeatures& first, const FrameFeatures& second, Predictions& predictions,
+                              std::vector<FBMatch>& matches) const {
+  return MirelAlgorithms::matchFeatures(first.keyPoints, first.descriptors, second.keyPoints, second.descriptors,
+                                        params_, matches, predictions);
+}
+
+int PairMatcher::countWithoutPrediction(const FrameFeatures& first, const FrameFeatures& second) const {
+  std::vector<FBMatch> matches;
+  Predictions ownPositions;
+  clock_.time("without prediction", [&] { return findMatches(first, second, ownPositions, matches); });
+  return static_cast<int>(matches.size());
 }
 
 PairResult PairMatcher::match(const FrameFeatures& first, const FrameFeatures& second) {
@@ -74,17 +111,15 @@ PairResult PairMatcher::match(const FrameFeatures& first, const FrameFeatures& s
   pair.to = second.number;
   pair.nameFrom = first.frame.name;
   pair.nameTo = second.frame.name;
-  std::vector<FBPrediction> predictions = predict(first);
+  const Predictions expected = predict(first);
   pair.counts = clock_.time("counting", [&] {
-    return countMatches(first.keyPoints, first.descriptors, second.keyPoints, second.descriptors, params_, predictions);
+    return countMatches(first.keyPoints, first.descriptors, second.keyPoints, second.descriptors, params_, expected);
   });
   pair.wanted = std::max(1, std::min({pair.counts.features1 - 2, pair.counts.features2 - 2, params_.minMatches}));
 
   std::vector<FBMatch> matches;
-  const bool enough = clock_.time("matching", [&] {
-    return MirelAlgorithms::matchFeatures(first.keyPoints, first.descriptors, second.keyPoints, second.descriptors,
-                                          params_, matches, predictions);
-  });
+  Predictions predictions = expected;
+  const bool enough = clock_.time("matching", [&] { return findMatches(first, second, predictions, matches); });
   pair.matched = enough && !matches.empty();
   for (const FBMatch& match : matches) {
     pair.matches.push_back({match, first.keyPoints[match.queryIdx].pt, second.keyPoints[match.trainIdx].pt,
@@ -94,7 +129,13 @@ PairResult PairMatcher::match(const FrameFeatures& first, const FrameFeatures& s
   pair.motion = clock_.time("motion", [&] { return estimateMotion(pair.matches, first.frame.grey.size()); });
   rateMatches(pair);
   if (!pair.matched) pair.reason = explainFewMatches(pair.counts, pair.matchCount, pair.wanted, mode_);
-  last_ = pair;
+  if (!predicts_) return pair;
+  if (first.number > 1) {
+    pair.prediction = ratePredictions(pair, expected);
+    pair.prediction->matchesWithout = countWithoutPrediction(first, second);
+  }
+  motion_ = pair.motion;
+  tracks_.add(pair);
   return pair;
 }
 

@@ -2,58 +2,37 @@
 #pragma once
 
 #include "tracking/FrameFeatures.h"
-#include "tracking/MatchCounts.h"
+#include "tracking/TrackPredictor.h"
 
 #include <MirelAlgorithms/matching/FeatureMatching.h>
-#include <MirelAlgorithms/matching/MotionEstimate.h>
 
 namespace mirel {
 
-/// Image motion in the words of a user: what happens to the picture from the first frame to the second.
-struct ImageMotion {
-  bool valid = false;      ///< whether there is an estimate that five matches or more agree with
-  double dx = 0, dy = 0;   ///< where the image centre goes, pixels
-  double rotation = 0;     ///< degrees, from the x axis to the y axis (clockwise on the screen)
-  double scale = 1;        ///< above 1: the picture grows
-  double inlierLimit = 0;  ///< pixels to which inliers agree: 0.5 % of the image diagonal, at least 2
-  MirelAlgorithms::MotionEstimate estimate;
-};
-
-struct PairMatch {
-  MirelAlgorithms::FBMatch match;
-  cv::Point2f from, to;    ///< pixels
-  float searchRadius = 0;  ///< of the circle the match was found in, pixels
-  double residual = 0;     ///< distance from where the motion puts it, pixels; NaN without a motion
-  bool inlier = false;
-};
-
-struct PairResult {
-  int from = 0, to = 0;  ///< frame numbers
-  std::string nameFrom, nameTo;
-  MatchCounts counts;              ///< of the first stage
-  int wanted = 0;                  ///< matches needed
-  bool matched = false;            ///< whether there are enough
-  std::vector<PairMatch> matches;  ///< final, in order of the first frame's features
-  int matchCount = 0, inliers = 0;
-  ImageMotion motion;
-  std::string reason;  ///< why there are not enough
-};
-
 class PairMatcher {
  public:
-  PairMatcher(MirelAlgorithms::FBMFilterMode mode, StageClock& clock) : mode_(mode), params_(mode), clock_(clock) {}
+  /// @param predicts  whether to search features where their track or else the last image motion takes them, and to
+  ///                  compare that with searching around their own positions; without effect in mode exhaustive, which
+  ///                  searches everywhere
+  PairMatcher(MirelAlgorithms::FBMFilterMode mode, bool predicts, StageClock& clock);
 
-  /// Matches two frames in sequence. Features that were matched before are expected to go on as they went, the others
-  /// to follow the last image motion.
+  /// Matches two frames; the first one is the second one of the pair before.
   PairResult match(const FrameFeatures& first, const FrameFeatures& second);
 
  private:
-  std::vector<MirelAlgorithms::FBPrediction> predict(const FrameFeatures& frame) const;
+  using Predictions = std::vector<MirelAlgorithms::FBPrediction>;
+
+  MirelAlgorithms::FBPrediction predict(int feature, cv::Point2f here) const;
+  Predictions predict(const FrameFeatures& frame) const;
+  bool findMatches(const FrameFeatures& first, const FrameFeatures& second, Predictions& predictions,
+                   std::vector<MirelAlgorithms::FBMatch>& matches) const;
+  int countWithoutPrediction(const FrameFeatures& first, const FrameFeatures& second) const;
 
   MirelAlgorithms::FBMFilterMode mode_;
   MirelAlgorithms::FBMValidationParams params_;
+  bool predicts_;
   StageClock& clock_;
-  PairResult last_;
+  ImageMotion motion_;  ///< of the pair before
+  TrackPredictor tracks_;
 };
 
 }  // namespace mirel

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace mirel {
 
@@ -45,6 +46,27 @@ double inlierShare(const PairResult& pair) {
   return pair.matchCount == 0 ? 0 : static_cast<double>(pair.inliers) / pair.matchCount;
 }
 
+std::optional<PredictionGain> totalGain(const std::vector<PairResult>& pairs) {
+  std::optional<PredictionGain> total;
+  std::vector<double> errors, errorsOfStay;
+  for (const PairResult& pair : pairs) {
+    if (!pair.prediction) continue;
+    if (!total) total.emplace();
+    total->matches += pair.prediction->matches;
+    total->matchesWithout += pair.prediction->matchesWithout;
+    total->tracked += pair.prediction->tracked;
+    if (pair.prediction->tracked == 0) continue;  // no errors
+    errors.push_back(pair.prediction->error);
+    errorsOfStay.push_back(pair.prediction->errorOfStay);
+  }
+  if (!total) return total;
+  total->error = median(std::move(errors));
+  total->errorOfStay = median(std::move(errorsOfStay));
+  return total;
+}
+
+std::string pixels(double value) { return std::isnan(value) ? "-" : fmt::format("{:.2f}", value); }
+
 std::string describeMotion(const ImageMotion& motion) {
   if (!motion.valid) return "none found";
   return fmt::format("{:.2f} px (dx {:.2f}, dy {:.2f}), {:.3f} deg, scale {:.4f}", std::hypot(motion.dx, motion.dy),
@@ -52,7 +74,7 @@ std::string describeMotion(const ImageMotion& motion) {
 }
 
 double median(std::vector<double> values) {
-  if (values.empty()) return 0;
+  if (values.empty()) return std::numeric_limits<double>::quiet_NaN();
   std::sort(values.begin(), values.end());
   return values[values.size() / 2];
 }

@@ -1,7 +1,7 @@
 /// Numbers of frame pairs, and what is typical of them over a sequence.
 #pragma once
 
-#include "tracking/PairMatcher.h"
+#include "tracking/PairResult.h"
 
 #include <functional>
 #include <string>
@@ -30,10 +30,16 @@ std::vector<PairResult> movingPairs(const std::vector<PairResult>& pairs);
 /// Share of the matches that agree with the image motion, 0 without matches.
 double inlierShare(const PairResult& pair);
 
+/// Of all pairs that were predicted: matches in sum, errors as medians over the pairs. Nothing without such a pair.
+std::optional<PredictionGain> totalGain(const std::vector<PairResult>& pairs);
+
+/// "0.61", "-" for NaN.
+std::string pixels(double value);
+
 /// "12.3 px (dx 11.9, dy -3.1), 0.42 deg, scale 1.003", or that there is no motion.
 std::string describeMotion(const ImageMotion& motion);
 
-/// The middle value, the upper one of an even number; 0 of none.
+/// The middle value, the upper one of an even number; NaN of none.
 double median(std::vector<double> values);
 
 /// Median and range as texts.

@@ -60,6 +60,12 @@ std::vector<ReportFact> facts(const TrackResult& result, const StageClock& clock
     list.push_back(fact(i == 4 ? "Matches" : "Inliers", Spread(numbersOf(result.pairs, test), test.format),
                         i == 4 ? "mode " + result.mode : ""));
   }
+  if (const auto gain = totalGain(result.pairs)) {
+    list.push_back({"Matches with prediction", fmt::format("{}", gain->matches),
+                    fmt::format("{} without it, of the same frames", gain->matchesWithout)});
+    list.push_back({"Prediction error, px", pixels(gain->error),
+                    fmt::format("standing still: {}; medians", pixels(gain->errorOfStay))});
+  }
   const char* labels[] = {"Image shift, px", "Rotation, deg", "Scale"};
   const char* notes[] = {"at the centre", "positive: clockwise", "above 1: growing"};
   for (std::size_t i = 0; i < 3; ++i) {
@@ -80,6 +86,15 @@ json motionSeries(const TrackResult& result, const char* name, double ImageMotio
   return series(result, name, [=](const PairResult& p) { return p.motion.valid ? p.motion.*number : std::nan(""); });
 }
 
+ReportChart predictionChart(const TrackResult& result, const json& labels) {
+  json with = series(result, "predicted", [](const PairResult& p) { return p.matchCount; });
+  json without = series(result, "every feature at its own position", [](const PairResult& p) {
+    return p.prediction ? p.prediction->matchesWithout : p.matchCount;  // nothing is predicted for the first frame
+  });
+  without["dashed"] = true;
+  return {"Matches with and without prediction", "frame", "count", labels, {with, without}};
+}
+
 std::vector<ReportChart> charts(const TrackResult& result) {
   if (result.pairs.size() < 2) return {};
   json labels = json::array();
@@ -94,10 +109,12 @@ std::vector<ReportChart> charts(const TrackResult& result) {
       counts.push_back(series(result, test.label, test.of));
     }
   }
-  return {{"Image shift since the frame before", "frame", "px", labels, shift},
-          {"Rotation since the frame before", "frame", "deg", labels, rotation},
-          {"Scale since the frame before", "frame", "factor", labels, scale, false},
-          {"Matches with the frame before", "frame", "count", labels, counts}};
+  std::vector<ReportChart> list = {{"Image shift since the frame before", "frame", "px", labels, shift},
+                                   {"Rotation since the frame before", "frame", "deg", labels, rotation},
+                                   {"Scale since the frame before", "frame", "factor", labels, scale, false},
+                                   {"Matches with the frame before", "frame", "count", labels, counts}};
+  if (totalGain(result.pairs)) list.push_back(predictionChart(result, labels));
+  return list;
 }
 
 ReportTable pairTable(const TrackResult& result) {
@@ -116,6 +133,27 @@ ReportTable pairTable(const TrackResult& result) {
   return table;
 }
 
+ReportTable predictionTable(const TrackResult& result) {
+  ReportTable table{
+      "Prediction",
+      {"From", "To", "matches", "without prediction", "predicted by track", "error, px", "standing still, px"},
+      {}};
+  for (const PairResult& pair : result.pairs) {
+    if (!pair.prediction) continue;
+    const PredictionGain& gain = *pair.prediction;
+    table.rows.push_back({pair.nameFrom, pair.nameTo, fmt::format("{}", gain.matches),
+                          fmt::format("{}", gain.matchesWithout), fmt::format("{}", gain.tracked), pixels(gain.error),
+                          pixels(gain.errorOfStay)});
+  }
+  return table;
+}
+
+std::vector<ReportTable> tables(const TrackResult& result) {
+  std::vector<ReportTable> list = {pairTable(result)};
+  if (totalGain(result.pairs)) list.push_back(predictionTable(result));
+  return list;
+}
+
 }  // namespace
 
 Report trackReport(const TrackResult& result, const StageClock& clock) {
@@ -124,7 +162,7 @@ Report trackReport(const TrackResult& result, const StageClock& clock) {
           .facts = facts(result, clock),
           .pictures = {},
           .charts = charts(result),
-          .tables = {pairTable(result)},
+          .tables = tables(result),
           .result = resultJson(result),
           .run = {}};
 }

@@ -30,6 +30,14 @@ json motionJson(const ImageMotion& motion) {
           {"center_px", e.center}};
 }
 
+json predictionJson(const PredictionGain& gain) {
+  return {{"matches", gain.matches},
+          {"matches_without", gain.matchesWithout},
+          {"matches_predicted_by_track", gain.tracked},
+          {"median_error_px", gain.error},
+          {"median_error_standing_still_px", gain.errorOfStay}};
+}
+
 json pairJson(const PairResult& pair) {
   json object = {{"from", pair.from},
                  {"to", pair.to},
@@ -44,6 +52,7 @@ json pairJson(const PairResult& pair) {
                  {"wanted", pair.wanted},
                  {"inliers", pair.inliers},
                  {"motion", motionJson(pair.motion)}};
+  if (pair.prediction) object["prediction"] = predictionJson(*pair.prediction);
   if (!pair.matched) object["reason"] = pair.reason;
   return object;
 }
@@ -62,6 +71,14 @@ std::string motionLines(const TrackResult& result) {
   }
   return text + summaryLine("pairs", fmt::format("{} of {} matched, longest track {} frames", result.matchedPairs(),
                                                  result.pairs.size(), result.longestTrack));
+}
+
+std::string predictionLine(const TrackResult& result) {
+  const auto gain = totalGain(result.pairs);
+  if (!gain) return "";
+  return summaryLine("prediction",
+                     fmt::format("{} matches, {} without; off by {} px, standing still by {} px", gain->matches,
+                                 gain->matchesWithout, pixels(gain->error), pixels(gain->errorOfStay)));
 }
 
 }  // namespace
@@ -92,15 +109,17 @@ json resultJson(const TrackResult& result) {
                       {"features", frame.features}});
   }
   for (const PairResult& pair : result.pairs) pairs.push_back(pairJson(pair));
-  return {{"schema", 1},
-          {"command", "track"},
-          {"mode", result.mode},
-          {"width_px", result.frameSize.width},
-          {"height_px", result.frameSize.height},
-          {"frames", frames},
-          {"pairs", pairs},
-          {"matched_pairs", result.matchedPairs()},
-          {"longest_track_frames", result.longestTrack}};
+  json object = {{"schema", 1},
+                 {"command", "track"},
+                 {"mode", result.mode},
+                 {"width_px", result.frameSize.width},
+                 {"height_px", result.frameSize.height},
+                 {"frames", frames},
+                 {"pairs", pairs},
+                 {"matched_pairs", result.matchedPairs()},
+                 {"longest_track_frames", result.longestTrack}};
+  if (const auto gain = totalGain(result.pairs)) object["prediction"] = predictionJson(*gain);
+  return object;
 }
 
 std::string summaryText(const TrackResult& result, const StageClock& clock) {
@@ -109,7 +128,7 @@ std::string summaryText(const TrackResult& result, const StageClock& clock) {
   for (const PairNumber& test : testNumbers()) {
     text += summaryLine(test.label, Spread(numbersOf(result.pairs, test), test.format).text());
   }
-  return text + motionLines(result) + summaryLine("time", describeStages(clock));
+  return text + predictionLine(result) + motionLines(result) + summaryLine("time", describeStages(clock));
 }
 
 }  // namespace mirel

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "output/RunRecord.h"
-#include "tracking/PairMatcher.h"
+#include "tracking/PairResult.h"
 
 #include <nlohmann/json.hpp>
 #include <string>
@@ -31,7 +31,7 @@ struct TrackResult {
 /// "640 x 480", with the last frame's size where it is another one.
 std::string sizeText(const TrackResult& result);
 
-/// Every number of the result ("schema" 1).
+/// Every number of the result; fields are described in docs/track-json.md.
 nlohmann::json resultJson(const TrackResult& result);
 
 /// Aligned lines for the console.

@@ -1,7 +1,7 @@
 /// Features followed over many frames.
 #pragma once
 
-#include "tracking/PairMatcher.h"
+#include "tracking/PairResult.h"
 
 #include <map>
 #include <opencv2/core/types.hpp>
