@@ -50,17 +50,53 @@ SeenScene sceneOf(const VisibilityCheck::Points& points, const std::map<int, Pos
                   const std::vector<Vector>& sensorPoints) {
   SeenScene scene;
   std::unordered_map<int, int> indexOfPose;
-  for (const auto& [number, pose] : poses) {
-    indexOfPose[number] = static_cast<int>(scene.sensors.size());
-    auto& sensors = scene.sensors.emplace_back();
-    for (const Vector& sensor : sensorPoints) sensors.push_back(transformed(sensor, pose));
-  }
   scene.points.reserve(points.size());
   scene.poseOfPoint.reserve(points.size());
   for (const auto& [position, number] : points) {
-    scene.points.push_back(transformed(position, poses.at(number)));
-    scene.poseOfPoint.push_back(indexOfPose.at(number));
+    const Pose& pose = poseOf(poses, number);
+    const auto [known, isNew] = indexOfPose.try_emplace(number, static_cast<int>(scene.sensors.size()));
+    if (isNew) {
+      auto& sensors = scene.sensors.emplace_back();
+      for (const Vector& sensor : sensorPoints) sensors.push_back(transformed(sensor, pose));
+    }
+    scene.points.push_back(transformed(position, pose));
+    scene.poseOfPoint.push_back(known->second);
   }
+  return scene;
+}
+
+void requireFinite(const char* argument, const std::vector<Vector>& points) {
+  for (const Vector& p : points)
+    if (!p.allFinite()) refuse(function, argument, "a number that is not finite", "finite numbers");
+}
+
+double largestCoordinate(const std::vector<Vector>& points) {
+  double largest = 0.0;
+  for (const Vector& p : points) largest = std::max(largest, p.lpNorm<Eigen::Infinity>());
+  return largest;
+}
+
+// Keys of points fit an int, and so do those of the next voxel.
+void requireNear(const std::vector<Vector>& points, double voxelSize) {
+  constexpr double mostCells = 2147483647.0;
+  for (const Vector& p : points)
+    if (!((p / voxelSize).array().abs() < mostCells).all())
+      refuse(function, "points", "one at 2^31 voxels or more from the origin", "nearer points or larger voxels");
+}
+
+SeenScene checkedScene(const VisibilityCheck::Points& points, const std::map<int, Pose>& poses,
+                       const std::vector<Vector>& sensorPoints, double voxelSize) {
+  constexpr std::size_t mostPoints = 2147483647;
+  if (points.size() > mostPoints) refuse(function, "points", std::to_string(points.size()), "fewer than 2^31");
+  if (!std::isfinite(voxelSize)) refuse(function, "voxel size", "infinity", "a finite number");
+  SeenScene scene = sceneOf(points, poses, sensorPoints);
+  if (!points.empty() && (sensorPoints.size() == 1 || sensorPoints.size() == 2))
+    refuse(function, "sensorPoints", std::to_string(sensorPoints.size()), "none, or at least 3");
+  requireFinite("points in the world", scene.points);
+  for (const auto& sensors : scene.sensors) requireFinite("sensorPoints in the world", sensors);
+  requireNear(scene.points, voxelSize);
+  scene.extent = largestCoordinate(scene.points);
+  for (const auto& sensors : scene.sensors) scene.extent = std::max(scene.extent, largestCoordinate(sensors));
   return scene;
 }
 
@@ -112,10 +148,6 @@ void scoreVoxels(VisibilityCheck::Grid& grid, const SeenScene& scene) {
   }
 }
 
-void requireFinite(const char* argument, const Vector& p) {
-  if (!p.allFinite()) refuse(function, argument, "a number that is not finite", "finite numbers");
-}
-
 }  // namespace
 
 VisibilityCheck::VisibilityCheck(double voxelSize) : voxelSize_(voxelSize) {}
@@ -125,36 +157,16 @@ VisibilityCheck& VisibilityCheck::operator=(const VisibilityCheck& other) = defa
 VisibilityCheck& VisibilityCheck::operator=(VisibilityCheck&& other) noexcept = default;
 VisibilityCheck::~VisibilityCheck() = default;
 
-void VisibilityCheck::checkInput(const Points& points, const std::map<int, Elements>& poses,
-                                 const std::vector<Vector>& sensorPoints) const {
-  constexpr std::size_t mostPoints = 2147483647;
-  if (points.size() > mostPoints) refuse(function, "points", std::to_string(points.size()), "fewer than 2^31");
-  for (const auto& [position, number] : points) static_cast<void>(poseOf(poses, number));
-  if (!points.empty() && (sensorPoints.size() == 1 || sensorPoints.size() == 2))
-    refuse(function, "sensorPoints", std::to_string(sensorPoints.size()), "none, or at least 3");
-  for (const auto& [number, pose] : poses)
-    for (const Vector& sensor : sensorPoints) requireFinite("sensorPoints in the world", transformed(sensor, pose));
-
-  constexpr double mostCells = 2147483647.0;  // leaves room for one step more
-  const double size = voxelSize_ > 0.0 ? voxelSize_ : Grid().cellSize();
-  for (const auto& [position, number] : points) {
-    const Vector p = transformed(position, poseOf(poses, number));
-    requireFinite("points in the world", p);
-    if (!((p / size).array().abs() < mostCells).all())
-      refuse(function, "points", "one at 2^31 voxels or more from the origin", "nearer points or larger voxels");
-  }
-}
-
 void VisibilityCheck::update(Points points, std::map<int, Elements> poses, std::vector<Vector> sensorPoints) {
   const MirelCore::FunctionTimer timer("update voxel grid");
-  checkInput(points, poses, sensorPoints);
+  const bool ownSize = voxelSize_ > 0.0;
+  const SeenScene scene = checkedScene(points, poses, sensorPoints, ownSize ? voxelSize_ : Grid().cellSize());
   points_ = std::move(points);
   poses_ = std::move(poses);
   grid_.cells().clear();
   grid_.setOrigin(Vector(0.0, 0.0, 0.0));
-  if (voxelSize_ > 0.0) grid_.setCellSize(voxelSize_);
+  if (ownSize) grid_.setCellSize(voxelSize_);
 
-  const SeenScene scene = sceneOf(points_, poses_, sensorPoints);
   collectPoints(grid_, scene, points_);
   VOXEL_LOG(L"First Loop Sucessful");
 

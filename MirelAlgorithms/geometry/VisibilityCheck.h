@@ -67,8 +67,8 @@ class VisibilityCheck {
   /// @param sensorPoints  in the frame of every pose, for example the centres of the sensors; none, or at least three
   ///
   /// Refused before anything changes: a pose number that `poses` does not have (`std::out_of_range`, "invalid map<K, T>
-  /// key"); and by `std::invalid_argument` one or two sensor points, numbers that are not finite, and points that lie
-  /// 2^31 voxels or more from the origin.
+  /// key"); and by `std::invalid_argument` one or two sensor points, points and sensor points that are not finite in
+  /// the world, points that lie 2^31 voxels or more from the origin, and an infinite voxel size.
   ///
   /// Time grows with the points and with the length of the sight lines in voxels inside the box of what is left.
   void updateGrid(Points points, std::map<int, Eigen::Matrix4d> poses, std::vector<Eigen::Vector3d> sensorPoints) {
@@ -92,8 +92,6 @@ class VisibilityCheck {
   using Elements = std::array<double, 16>;  // of a pose, in memory order
 
   MIREL_API void update(Points points, std::map<int, Elements> poses, std::vector<Eigen::Vector3d> sensorPoints);
-  void checkInput(const Points& points, const std::map<int, Elements>& poses,
-                  const std::vector<Eigen::Vector3d>& sensorPoints) const;
   std::vector<Eigen::Vector3d> inWorld(const std::vector<int>& indices) const;
 
   Grid grid_;

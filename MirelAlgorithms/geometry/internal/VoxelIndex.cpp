@@ -7,7 +7,6 @@ namespace MirelAlgorithms {
 namespace {
 
 constexpr double mostCells = 1 << 28;  // 32 MiB of bits
-constexpr std::size_t wordBits = 64;
 
 VoxelBox boxAround(const Algorithms::VisibilityCheck::Cells& cells) {
   VoxelBox box{cells.begin()->first, cells.begin()->first};
@@ -18,23 +17,17 @@ VoxelBox boxAround(const Algorithms::VisibilityCheck::Cells& cells) {
   return box;
 }
 
-std::size_t side(int least, int most) { return static_cast<std::size_t>(static_cast<std::int64_t>(most) - least) + 1; }
-
-std::size_t offset(int least, int at) { return static_cast<std::size_t>(static_cast<std::int64_t>(at) - least); }
-
 }  // namespace
 
 VoxelIndex::VoxelIndex(Algorithms::VisibilityCheck::Cells& cells)
-    : box_(boxAround(cells)), width_(side(box_.least.x, box_.most.x)), height_(side(box_.least.y, box_.most.y)) {
-  const std::size_t depth = side(box_.least.z, box_.most.z);
+    : box_(boxAround(cells)),
+      width_(offset(box_.least.x, box_.most.x) + 1),
+      height_(offset(box_.least.y, box_.most.y) + 1) {
+  const std::size_t depth = offset(box_.least.z, box_.most.z) + 1;
   if (static_cast<double>(width_) * static_cast<double>(height_) * static_cast<double>(depth) <= mostCells)
     occupied_.resize((width_ * height_ * depth + wordBits - 1) / wordBits);
   slots_.resize(std::bit_ceil(2 * cells.size()));
   for (auto& [key, element] : cells) insert(key, element);
-}
-
-std::size_t VoxelIndex::cellOf(const VoxelKey& key) const {
-  return (offset(box_.least.z, key.z) * height_ + offset(box_.least.y, key.y)) * width_ + offset(box_.least.x, key.x);
 }
 
 std::size_t VoxelIndex::slotOf(const VoxelKey& key) const {
@@ -52,8 +45,7 @@ void VoxelIndex::insert(const VoxelKey& key, VoxelElement& element) {
   slots_[slot] = {key, &element};
 }
 
-VoxelElement* VoxelIndex::find(const VoxelKey& key) const {
-  if (!occupied_.empty() && !(occupied_[cellOf(key) / wordBits] >> cellOf(key) % wordBits & 1)) return nullptr;
+VoxelElement* VoxelIndex::findSlot(const VoxelKey& key) const {
   for (std::size_t slot = slotOf(key);; slot = (slot + 1) & (slots_.size() - 1))
     if (!slots_[slot].element || slots_[slot].key == key) return slots_[slot].element;
 }

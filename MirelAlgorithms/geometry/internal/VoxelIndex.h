@@ -15,11 +15,6 @@ using VoxelElement = Algorithms::VisibilityCheck::GridElement;
 /// A box of voxel keys, both ends included.
 struct VoxelBox {
   VoxelKey least, most;
-
-  bool contains(const VoxelKey& key) const {
-    return least.x <= key.x && key.x <= most.x && least.y <= key.y && key.y <= most.y && least.z <= key.z &&
-           key.z <= most.z;
-  }
 };
 
 /// The elements of a grid by key: open addressing, and one bit per cell of the box around them in front of it where the
@@ -33,7 +28,10 @@ class VoxelIndex {
   const VoxelBox& box() const { return box_; }
 
   /// Null where there is none. The key must lie in the box.
-  VoxelElement* find(const VoxelKey& key) const;
+  VoxelElement* find(const VoxelKey& key) const {
+    if (!occupied_.empty() && !(occupied_[cellOf(key) / wordBits] >> cellOf(key) % wordBits & 1)) return nullptr;
+    return findSlot(key);
+  }
 
  private:
   struct Slot {
@@ -41,9 +39,18 @@ class VoxelIndex {
     VoxelElement* element = nullptr;
   };
 
+  static constexpr std::size_t wordBits = 64;
+
+  static std::size_t offset(int least, int at) {
+    return static_cast<std::size_t>(static_cast<std::int64_t>(at) - least);
+  }
+  std::size_t cellOf(const VoxelKey& key) const {
+    return (offset(box_.least.z, key.z) * height_ + offset(box_.least.y, key.y)) * width_ + offset(box_.least.x, key.x);
+  }
+
+  VoxelElement* findSlot(const VoxelKey& key) const;
   void insert(const VoxelKey& key, VoxelElement& element);
   std::size_t slotOf(const VoxelKey& key) const;
-  std::size_t cellOf(const VoxelKey& key) const;
 
   VoxelBox box_;
   std::size_t width_ = 0, height_ = 0;   // of the box, in cells

@@ -11,6 +11,7 @@ struct SeenScene {
   std::vector<Eigen::Vector3d> points;
   std::vector<int> poseOfPoint;                       ///< index into `sensors`
   std::vector<std::vector<Eigen::Vector3d>> sensors;  ///< sensor points, at least three, by pose
+  double extent = 0.0;                                ///< largest coordinate among all of these
 };
 
 /// How often a sampled point lies on the way from the point of a sampled sight line to a sensor point: between both

@@ -1,0 +1,293 @@
+// Stand for the macros of a Windows header.
+#define near
+#define far
+#include <MirelAlgorithms/geometry/Frustum.h>
+#undef near
+#undef far
+#include <MirelAlgorithms/frame/internal/CpuVariant.h>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+#include <limits>
+#include <thread>
+
+#include "RandomPose.h"
+
+using MirelAlgorithms::Frustum;
+using MirelAlgorithms::Mat4d;
+using Point = MirelAlgorithms::Vec3d<double>;
+using Eigen::Vector3d;
+
+namespace {
+
+constexpr double pi = 3.141592653589793;
+constexpr double infinity = std::numeric_limits<double>::infinity();
+constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+
+Mat4d scaled(Mat4d m, double factor) {
+  for (int i = 0; i < 12; ++i) m[i] *= factor;
+  return m;
+}
+
+Mat4d movedBy(double x, double y, double z) {
+  Mat4d m;
+  m[12] = x, m[13] = y, m[14] = z;
+  return m;
+}
+
+TEST(Frustum, constructorsFillTheFields) {
+  Mat4d pose = toMat4d(RandomPoses(1).pose(2.0).matrix());
+  const Frustum first(pose, 1.2), second(pose, 0.5, 7.0, 1.2, 1);
+  const auto expectFields = [&](const Frustum& f, double nearest, double farthest, int sign, double aspect) {
+    EXPECT_EQ(f.near, nearest);
+    EXPECT_EQ(f.far, farthest);
+    EXPECT_EQ(f.fov, 1.2);
+    EXPECT_EQ(f.viewSign, sign);
+    EXPECT_EQ(f.aspect, aspect);
+    EXPECT_TRUE(f.samplePts.empty());
+    EXPECT_EQ(f.tanHalfFovX, std::tan(1.2 / 2));
+    EXPECT_EQ(f.tanHalfFovY, std::tan((1.2 / aspect) / 2));
+    EXPECT_EQ(f.axisPoint, Point(pose[12] + pose[8], pose[13] + pose[9], pose[14] + pose[10]));
+  };
+  expectFields(first, 0.4, 10.0, -1, 1.3333333333333333);
+  expectFields(second, 0.5, 7.0, 1, 1.0);
+}
+
+TEST(Frustum, sampleLatticeIsABoxOfAngles) {
+  Frustum f(Mat4d(), 1.1);
+  f.checkPose(Mat4d());
+  ASSERT_EQ(f.samplePts.size(), 1000u);
+  const double step = 0.1111111111111111, height = 1.1 / 1.3333333333333333;
+  EXPECT_EQ(f.samplePts[0], Point(-0.55, -height / 2, 0.4));
+  EXPECT_EQ(f.samplePts[357],
+            Point(3 * 1.1 * step - 0.55, 5 * height * step - height / 2, 7 * (10.0 - 0.4) * step + 0.4));
+  f.checkPose(Mat4d());
+  EXPECT_EQ(f.samplePts.size(), 1000u);
+}
+
+// The score by Eigen, point by point; -1 where a point lies too near a side to tell.
+double scoreByEigen(const Frustum& f, const Eigen::Isometry3d& own, const Eigen::Isometry3d& other) {
+  double score = 0.0;
+  for (const Point& s : f.samplePts) {
+    const Vector3d q = other.inverse() * own * Vector3d(s.x, s.y, s.z);
+    const double margins[] = {q.z() - f.near, f.far - q.z(), f.tanHalfFovX - std::abs(q.x() / q.z()),
+                              f.tanHalfFovY - std::abs(q.y() / q.z())};
+    const double margin = *std::min_element(std::begin(margins), std::end(margins));
+    if (std::abs(margin) < 1e-9) return -1.0;
+    if (margin > 0.0) score += 1.0 / q.norm();
+  }
+  return score;
+}
+
+TEST(Frustum, checkPoseAddsUpWhatIsSeen) {
+  RandomPoses random(2);
+  int compared = 0;
+  for (int round = 0; round < 200; ++round) {
+    const Eigen::Isometry3d own = random.pose(3.0), other = own * Eigen::Translation3d(random.normal(), 0.3, -0.5) *
+                                                            Eigen::AngleAxisd(random.normal(), Vector3d::UnitY());
+    Frustum f(toMat4d(own.matrix()), 0.3, 6.0, random.uniform(0.3, 2.5), -1);
+    const double score = f.checkPose(toMat4d(other.matrix())), expected = scoreByEigen(f, own, other);
+    if (expected < 0.0) continue;
+    EXPECT_NEAR(score, expected, 1e-9 * (1.0 + expected));
+    compared += expected > 0.0;
+  }
+  EXPECT_GT(compared, 100);
+}
+
+TEST(Frustum, checkPoseHasTheSameBitsOnEveryInstructionSet) {
+  using MirelAlgorithms::CpuVariant;
+  RandomPoses random(3);
+  Frustum f(toMat4d(random.pose(1.0).matrix()), 1.3);
+  for (int round = 0; round < 20; ++round) {
+    const Mat4d other = toMat4d(random.pose(2.0).matrix());
+    const double widest = f.checkPose(other);
+    MirelAlgorithms::limitCpuVariant(CpuVariant::baseline);
+    const double baseline = f.checkPose(other);
+    MirelAlgorithms::limitCpuVariant(CpuVariant::avx512);
+    EXPECT_EQ(widest, baseline);
+  }
+}
+
+TEST(Frustum, containsIsACone) {
+  const Mat4d pose, turned = toMat4d(RandomPoses(4).pose(5.0).matrix());
+  Mat4d projective;
+  projective[15] = 2.0;  // w of a half on the way back
+  const Frustum minus(pose, 1.0, 4.0, 1.0, -1), plus(pose, 1.0, 4.0, 1.0, 1);
+  const double edge = std::tan(0.5);
+  const struct {
+    const char* name;
+    Frustum f;
+    Point p;
+    bool inside;
+  } cases[] = {
+      {"on the axis", minus, {0, 0, -2}, true},
+      {"behind", minus, {0, 0, 2}, false},
+      {"on the other axis", plus, {0, 0, 2}, true},
+      {"at near", plus, {0, 0, 1}, true},
+      {"before near", plus, {0, 0, std::nextafter(1.0, 0.0)}, false},
+      {"at far", plus, {0, 0, 4}, true},
+      {"beyond far", plus, {0, 0, std::nextafter(4.0, 5.0)}, false},
+      {"just inside the cone", plus, {2 * edge - 1e-12, 0, 2}, true},
+      {"just outside the cone", plus, {2 * edge + 1e-12, 0, 2}, false},
+      {"in the corner of a pyramid", plus, {1.9 * edge, 1.9 * edge, 2}, false},
+      {"half a sphere", Frustum(pose, 1.0, 4.0, pi, 1), {100, 0, 1}, true},
+      {"more than half a sphere", Frustum(pose, 1.0, 4.0, std::nextafter(pi, 4.0), 1), {0, 0, 2}, false},
+      {"far not beyond near", Frustum(pose, 2.0, 2.0, 1.0, 1), {0, 0, 2}, false},
+      {"no width, on the axis", Frustum(pose, 1.0, 4.0, 0.0, 1), {0, 0, 2}, true},
+      {"too near for a direction", Frustum(pose, 0.0, 4.0, 0.1, 1), {9e-6, 0, 1e-7}, true},
+      {"near enough for one", Frustum(pose, 0.0, 4.0, 0.1, 1), {2e-5, 0, 1e-7}, false},
+      {"no axis", Frustum(pose, 1.0, 4.0, 1.0, 0), {0, 0, 2}, false},
+      {"divided by w", Frustum(projective, 0.1, 4.0, 1.0, 1), {0, 0, 2}, true},
+      {"divided by w, beyond far", Frustum(projective, 0.1, 4.0, 1.0, 1), {0, 0, 3}, false},
+      {"no inverse", Frustum(scaled(pose, 0.0), 1.0, 4.0, 1.0, 1), {0, 0, 2}, false},
+      {"scaled down, by thousands of millions", Frustum(scaled(pose, 1e-14), 1.0, 4.0, 1.0, 1), {0, 0, 2e-14}, true},
+      {"scaled down below the pivot", Frustum(scaled(pose, 1e-15), 1.0, 4.0, 1.0, 1), {0, 0, 2e-15}, false},
+      {"no number in the pose", Frustum(scaled(pose, nan), 1.0, 4.0, 1.0, 1), {0, 0, 2}, false},
+      {"no number in the point", plus, {nan, 0, 2}, false},
+      {"no number as angle", Frustum(pose, 1.0, 4.0, nan, 1), {0, 0, 2}, false},
+      {"a turned camera",
+       Frustum(turned, 1.0, 4.0, 1.0, 1),
+       {turned[12] + 2 * turned[8], turned[13] + 2 * turned[9], turned[14] + 2 * turned[10]},
+       true},
+  };
+  for (const auto& [name, f, p, inside] : cases) EXPECT_EQ(Frustum::contains(f, p), inside) << name;
+}
+
+TEST(Frustum, sameViewDirection) {
+  const Mat4d pose, turned = toMat4d(Eigen::Isometry3d(Eigen::AngleAxisd(0.5, Vector3d::UnitX())).matrix());
+  const double slightly = 1e-300;
+  EXPECT_TRUE(Frustum::sameViewDirection(pose, pose, slightly));
+  EXPECT_FALSE(Frustum::sameViewDirection(pose, pose, 0.0));
+  EXPECT_TRUE(Frustum::sameViewDirection(pose, turned, 0.5 + 1e-9));
+  EXPECT_FALSE(Frustum::sameViewDirection(pose, turned, 0.5 - 1e-9));
+  EXPECT_TRUE(Frustum::sameViewDirection(scaled(pose, 3.0), scaled(turned, 0.1), 0.5 + 1e-9));
+  EXPECT_FALSE(Frustum::sameViewDirection(pose, scaled(pose, -1.0), 3.0));
+  EXPECT_TRUE(Frustum::sameViewDirection(scaled(pose, 1e-5), turned, slightly)) << "too short to have a direction";
+  EXPECT_TRUE(Frustum::sameViewDirection(scaled(pose, nan), turned, slightly));
+  EXPECT_FALSE(Frustum::sameViewDirection(pose, pose, nan));
+}
+
+using Corners = std::array<Vector3d, 8>;
+
+Corners cornersOf(const Eigen::Isometry3d& pose, double nearest, double farthest, double slopeX, double slopeY) {
+  Corners corners;
+  for (std::size_t i = 0; i < 8; ++i) {
+    const double depth = i & 4 ? farthest : nearest;
+    corners[i] = pose * Vector3d((i & 1 ? 1 : -1) * slopeX * depth, (i & 2 ? 1 : -1) * slopeY * depth, -depth);
+  }
+  return corners;
+}
+
+// Widest gap between two convex bodies over the normals of faces and the cross products of edges; negative when they
+// overlap (separating axis theorem).
+double gapBetween(const Corners& a, const Corners& b) {
+  const auto edgesOf = [](const Corners& c) {
+    return std::array<Vector3d, 6>{c[1] - c[0], c[2] - c[0], c[4] - c[0], c[5] - c[1], c[6] - c[2], c[7] - c[3]};
+  };
+  const auto edgesA = edgesOf(a), edgesB = edgesOf(b);
+  double widest = -infinity;
+  const auto tryAxis = [&](const Vector3d& axis) {
+    if (axis.norm() < 1e-9) return;
+    double leastA = infinity, mostA = -infinity, leastB = infinity, mostB = -infinity;
+    for (std::size_t i = 0; i < 8; ++i) {
+      leastA = std::min(leastA, a[i].dot(axis) / axis.norm()), mostA = std::max(mostA, a[i].dot(axis) / axis.norm());
+      leastB = std::min(leastB, b[i].dot(axis) / axis.norm()), mostB = std::max(mostB, b[i].dot(axis) / axis.norm());
+    }
+    widest = std::max({widest, leastB - mostA, leastA - mostB});
+  };
+  for (const auto* edges : {&edgesA, &edgesB})
+    for (const Vector3d& e : *edges)
+      for (const Vector3d& f : *edges) tryAxis(e.cross(f));
+  for (const Vector3d& e : edgesA)
+    for (const Vector3d& f : edgesB) tryAxis(e.cross(f));
+  return widest;
+}
+
+TEST(Frustum, intersectAgreesWithSeparatingAxes) {
+  RandomPoses random(5);
+  int meet[2] = {};
+  for (int round = 0; round < 3000; ++round) {
+    const double unit = round % 3 == 0 ? 1.0 : round % 3 == 1 ? 1000.0 : 1e-3;
+    const Eigen::Isometry3d a = random.pose(5.0 * unit), b = random.pose(5.0 * unit);
+    const double n1 = random.uniform(0, 1) * unit, f1 = n1 + random.uniform(0, 9) * unit;
+    const double n2 = random.uniform(0, 1) * unit, f2 = n2 + random.uniform(0, 9) * unit;
+    const double slopeX = random.uniform(0.1, 3.0), slopeY = random.uniform(0.1, 3.0);
+    const double gap = gapBetween(cornersOf(a, n1, f1, slopeX, slopeY), cornersOf(b, n2, f2, slopeX, slopeY));
+    if (std::abs(gap) < 1e-9 * unit) continue;
+    const Mat4d poseA = toMat4d(a.matrix()), poseB = toMat4d(b.matrix());
+    EXPECT_EQ(Frustum::intersect(poseA, n1, f1, poseB, n2, f2, 0.2 * slopeX, 0.2 * slopeY, 0.2), gap < 0.0)
+        << "round " << round << ", gap " << gap;
+    ++meet[gap < 0.0];
+  }
+  EXPECT_GT(meet[0], 300);
+  EXPECT_GT(meet[1], 300);
+}
+
+TEST(Frustum, intersectOfTwoViews) {
+  const Mat4d pose, back = toMat4d(Eigen::Isometry3d(Eigen::AngleAxisd(pi, Vector3d::UnitY())).matrix());
+  const Frustum f(pose, 1.0, 3.0, 1.0, -1);
+  const double slope = 2.0 * std::sin(0.5);
+  const auto at = [](Mat4d m, double fov = 1.0) { return Frustum(m, 1.0, 3.0, fov, 1); };
+  const struct {
+    const char* name;
+    Frustum g;
+    bool meet;
+  } cases[] = {
+      {"itself", f, true},
+      {"back to back", at(back), false},
+      {"side by side", at(movedBy(2 * 3 * slope - 1e-6, 0, 0)), true},
+      {"side by side and touching", at(movedBy(2 * 3 * slope, 0, 0)), true},
+      {"side by side and apart", at(movedBy(2 * 3 * slope + 1e-6, 0, 0)), false},
+      {"one behind the other and touching", at(movedBy(0, 0, -2)), true},
+      {"one behind the other and apart", at(movedBy(0, 0, -2 - 1e-6)), false},
+      {"another field of view", at(pose, 1.0 + 1e-15), false},
+      {"the next field of view", at(pose, std::nextafter(1.0, 2.0)), true},
+      {"no pose", at(scaled(pose, 0.0)), false},
+      {"no numbers", at(scaled(pose, nan)), false},
+      {"infinite", at(movedBy(infinity, 0, 0)), false},
+      {"scaled to a third", at(scaled(pose, 1.0 / 3)), true},
+      {"scaled to a quarter", at(scaled(pose, 0.25)), false},
+      {"mirrored", at(scaled(pose, -1.0)), false},
+      {"a far away one", at(movedBy(1e12, 0, 0)), false},
+  };
+  for (const auto& [name, g, meet] : cases) {
+    EXPECT_EQ(Frustum::intersect(f, g), meet) << name;
+    EXPECT_EQ(Frustum::intersect(g, f), meet) << name << ", the other way round";
+  }
+  const auto meetsItself = [&](double nearest, double farthest, double fov) {
+    const Frustum g(pose, nearest, farthest, fov, 1);
+    return Frustum::intersect(g, g);
+  };
+  EXPECT_TRUE(meetsItself(1.0, 1.0, 1.0)) << "without depth";
+  EXPECT_FALSE(meetsItself(1.0, 0.5, 1.0)) << "near beyond far";
+  EXPECT_FALSE(meetsItself(0.0, 1.0, 1.0)) << "near of 0 makes the sides 0";
+  EXPECT_FALSE(meetsItself(1.0, 2.0, 0.0)) << "no width";
+  EXPECT_TRUE(meetsItself(1.0, 2.0, pi));
+  EXPECT_FALSE(meetsItself(1.0, 2.0, std::nextafter(pi, 4.0)));
+  EXPECT_FALSE(meetsItself(1.0, 2.0, nan));
+  EXPECT_FALSE(meetsItself(1.0, infinity, 1.0));
+  EXPECT_TRUE(Frustum::intersect(pose, movedBy(0, 0, -2), 1.0, 3.0, 0.5, 0.5, 0.5)) << "range for both";
+  EXPECT_FALSE(Frustum::intersect(pose, movedBy(0, 0, -2.1), 1.0, 3.0, 0.5, 0.5, 0.5));
+}
+
+TEST(Frustum, anyNumberOfThreads) {
+  const auto inside = [](unsigned seed) {
+    RandomPoses random(seed);
+    int count = 0;
+    for (int i = 0; i < 2000; ++i) {
+      const Frustum f(toMat4d(random.pose(1.0).matrix()), 0.1, 4.0, 1.5, 1);
+      for (int k = 0; k < 3; ++k) count += Frustum::contains(f, {random.normal(), random.normal(), random.normal()});
+    }
+    return count;
+  };
+  const int alone[2] = {inside(1), inside(2)};
+  int together[2] = {};
+  std::thread first([&] { together[0] = inside(1); }), second([&] { together[1] = inside(2); });
+  first.join(), second.join();
+  EXPECT_EQ(together[0], alone[0]);
+  EXPECT_EQ(together[1], alone[1]);
+  EXPECT_NE(alone[0], alone[1]);
+}
+
+}  // namespace
