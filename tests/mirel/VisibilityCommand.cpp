@@ -108,7 +108,7 @@ TEST_F(VisibilityCommand, withoutScoredVoxelThereIsNoResult) {
   const ToolResult result = run("visibility one.csv one.json --json");
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(result.errorLines(), 1) << result.errors;
-  EXPECT_NE(result.errors.find("1 points, numbers of poses span 0"), std::string::npos) << result.errors;
+  EXPECT_NE(result.errors.find("points in all: 1, numbers of all poses span 0"), std::string::npos) << result.errors;
   EXPECT_EQ(result.json()["voxels_kept"], 0);
   EXPECT_EQ(readCsv("mirel-out/voxels.csv").size(), 1u);
 }

@@ -95,7 +95,7 @@ void fillConvex(cv::Mat& picture, const std::vector<cv::Point2f>& points, const 
 }
 
 void Labels::add(const std::string& text, cv::Point2f point, cv::Point2f away, const cv::Scalar& colour) {
-  constexpr int padding = 3, distance = 7;
+  constexpr int padding = 3, distance = 7, gap = 8;
   const cv::Size size(textWidth(text, textHeight) + 2 * padding, static_cast<int>(textHeight) + 2 * padding);
   const double preferred = std::atan2(away.y, away.x);
   for (const int eighth : {0, 1, -1, 2, -2, 3, -3, 4}) {
@@ -107,7 +107,7 @@ void Labels::add(const std::string& text, cv::Point2f point, cv::Point2f away, c
     const bool isFree =
         std::none_of(taken_.begin(), taken_.end(), [&](const cv::Rect& r) { return !(r & box).empty(); });
     if (!inside || !isFree) continue;
-    taken_.push_back(box);
+    taken_.push_back(box + cv::Size(2 * gap, 0) - cv::Point(gap, 0));
     cv::Mat background = picture_(box);
     cv::addWeighted(background, 0.3, cv::Mat(box.size(), CV_8UC3, paper), 0.7, 0, background);
     drawText(picture_, text, {box.x + padding, box.br().y - padding}, textHeight, colour);

@@ -140,7 +140,7 @@ int readNumber(const std::string& place, const json& entry, std::size_t index) {
 
 std::string readName(const std::string& place, const json& entry, int number) {
   const json value = entry.value("name", json(std::to_string(number)));
-  const std::string name = value.is_string() ? value.get<std::string>() : "";
+  std::string name = value.is_string() ? value.get<std::string>() : "";
   const bool printable = std::none_of(name.begin(), name.end(), [](unsigned char c) { return c < 32 || c == 127; });
   if (name.empty() || !printable) {
     throw UsageError(place + ".name: a text that is not empty and without control characters expected");

@@ -176,7 +176,8 @@ std::string whyNothing(const SeenVoxels& result) {
     return fmt::format("{} voxels were kept, but no sampled point lies on a sampled sight line", result.voxels.size());
   }
   return fmt::format(
-      "no voxel has 10 points and 10 sight lines of poses whose numbers span 31; {} points, numbers of poses span {}",
+      "no voxel has 10 points and 10 sight lines of poses whose numbers span 31; points in all: {}, numbers of all "
+      "poses span {}",
       result.points, poseSpan(result));
 }
 

@@ -72,16 +72,24 @@ std::string scoreMeaning(const ViewOverlaps& result) {
                      result.range.look == Look::alongMinusZ ? "-z" : "+z");
 }
 
-ReportAnswer judge(const ViewOverlaps& result) {
-  const std::string title = fmt::format("{} of {} pairs of views overlap", result.overlappingPairs, result.pairs);
-  if (result.overlappingPairs == 0) return {title, Verdict::bad, "No result: no two views share a point."};
-  if (result.groups.size() == 1)
-    return {title, Verdict::good, "Good: overlaps connect all views, they belong together."};
+std::string sentence(const ViewOverlaps& result) {
+  if (result.overlappingPairs == 0) return "No result: no two views share a point.";
+  if (result.groups.size() == 1) return "Good: overlaps connect all views, they belong together.";
   const auto alone =
       std::count_if(result.groups.begin(), result.groups.end(), [](const auto& g) { return g.size() == 1; });
-  return {title, Verdict::weak,
-          fmt::format("Weak: the views fall into {} groups without a common point{}.", result.groups.size(),
-                      alone > 0 ? fmt::format(", {} of a single view", alone) : "")};
+  return fmt::format("Weak: the views fall into {} groups without a common point{}.", result.groups.size(),
+                     alone > 0 ? fmt::format(", {} of a single view", alone) : "");
+}
+
+ReportAnswer judge(const ViewOverlaps& result) {
+  const Verdict verdict = result.overlappingPairs == 0 ? Verdict::bad
+                          : result.groups.size() == 1  ? Verdict::good
+                                                       : Verdict::weak;
+  const char* const directions = result.range.look == Look::asTheLibrary
+                                     ? " Overlaps look along -z, scores along +z; --look makes that one direction."
+                                     : "";
+  return {fmt::format("{} of {} pairs of views overlap", result.overlappingPairs, result.pairs), verdict,
+          sentence(result) + directions};
 }
 
 /// The first names, and how many more there are.
