@@ -17,9 +17,9 @@ class VoxelGrid {
 
   VoxelGrid() = default;
   VoxelGrid(const VoxelGrid&) = default;
-  VoxelGrid(VoxelGrid&&) = default;
+  VoxelGrid(VoxelGrid&&) noexcept = default;
   VoxelGrid& operator=(const VoxelGrid&) = default;
-  VoxelGrid& operator=(VoxelGrid&&) = default;
+  VoxelGrid& operator=(VoxelGrid&&) noexcept = default;
   virtual ~VoxelGrid() = default;
 
   const Map& cells() const { return cells_; }
