@@ -6,9 +6,12 @@
 #include <Eigen/Core>
 #include <Eigen/LU>
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <cmath>
-#include <cstring>
+#include <cstdint>
 #include <limits>
+#include <optional>
 
 namespace MirelAlgorithms {
 namespace {
@@ -18,27 +21,46 @@ using Vector = Vec3d<double>;
 constexpr double pi = 3.141592653589793;
 constexpr double epsilon = std::numeric_limits<double>::epsilon();
 constexpr int samplesPerSide = 10;
+constexpr double shortestDirection = 1e-5;
 
 double length(const Vector& v) { return std::sqrt(v.x * v.x + v.y * v.y + v.z * v.z); }
 
 // 0 when one of the vectors is too short to have a direction.
 double angleBetween(const Vector& a, const Vector& b) {
-  constexpr double shortest = 1e-5;
   const double lengthA = length(a), lengthB = length(b);
-  if (!(lengthA > shortest && lengthB > shortest)) return 0.0;
+  if (!(lengthA > shortestDirection && lengthB > shortestDirection)) return 0.0;
   const double cosine = (a.x * b.x + a.y * b.y + a.z * b.z) / (lengthA * lengthB);
   return std::acos(std::clamp(cosine, -1.0, 1.0));
 }
 
-// The inverse of the pose asked for last in this thread: a view is usually asked about many points.
-const std::optional<Mat4d>& cachedInverse(const Mat4d& pose) {
-  struct Entry {
-    Mat4d pose;
-    std::optional<Mat4d> inverse = Mat4d();
-  };
-  thread_local Entry last;
-  if (std::memcmp(&last.pose, &pose, sizeof pose) != 0) last = {pose, generalInverse(pose)};
-  return last.inverse;
+// What `contains` needs of a view. The last one in each thread is kept: a view is usually asked about many points.
+struct Cone {
+  Mat4d pose;
+  double fov = 0.0;
+  std::optional<Mat4d> inverse = Mat4d();
+  double cosine = 1.0;  // of half the angle
+};
+
+const Cone& coneOf(const Mat4d& pose, double fov) {
+  thread_local Cone last;
+  using Bits = std::array<std::uint64_t, 16>;
+  if (std::bit_cast<Bits>(last.pose) != std::bit_cast<Bits>(pose)) {
+    last.inverse = generalInverse(pose);
+    last.pose = pose;
+  }
+  if (last.fov != fov) {
+    last.fov = fov;
+    last.cosine = std::cos(fov / 2);
+  }
+  return last;
+}
+
+// Whether q is at most half the angle of the cone away from the axis (0, 0, sign). The cosine decides where it is safe.
+bool liesInCone(const Cone& cone, const Vector& q, double sign) {
+  constexpr double rounding = 1e-9;
+  const double cosine = sign * q.z / (length(q) * std::abs(sign));
+  const bool clear = cone.fov >= 0.0 && length(q) > 2 * shortestDirection && std::abs(cosine - cone.cosine) > rounding;
+  return clear ? cosine > cone.cosine : angleBetween(q, Vector(0.0, 0.0, sign)) <= cone.fov / 2;
 }
 
 // A point of the world in the camera's coordinates.
@@ -46,7 +68,7 @@ Vector transformed(const Mat4d& m, const Vector& p) {
   const auto row = [&](int i) { return m[i] * p.x + m[4 + i] * p.y + m[8 + i] * p.z + m[12 + i]; };
   Vector q(row(0), row(1), row(2));
   const double w = row(3);
-  if (std::round(w * 100000.0) != 0.0) q = Vector(q.x / w, q.y / w, q.z / w);
+  if (w != 1.0 && std::round(w * 100000.0) != 0.0) q = Vector(q.x / w, q.y / w, q.z / w);
   return q;
 }
 
@@ -99,12 +121,11 @@ double Frustum::checkPose(Mat4d other) {
 
 bool Frustum::contains(const Frustum& f, const Vec3d<double>& p) {
   if (!(f.far > f.near && f.fov <= pi)) return false;
-  const std::optional<Mat4d>& inverse = cachedInverse(f.pose);
-  if (!inverse) return false;
-  const Vector q = transformed(*inverse, p);
+  const Cone& cone = coneOf(f.pose, f.fov);
+  if (!cone.inverse) return false;
+  const Vector q = transformed(*cone.inverse, p);
   const double d = f.viewSign * q.z;
-  if (!(d > 0.0 && d >= f.near && d <= f.far)) return false;
-  return angleBetween(q, Vector(0.0, 0.0, f.viewSign)) <= f.fov / 2;
+  return d > 0.0 && d >= f.near && d <= f.far && liesInCone(cone, q, f.viewSign);
 }
 
 bool Frustum::intersect(const Frustum& a, const Frustum& b) {

@@ -117,9 +117,10 @@ void collectRays(VisibilityCheck::Grid& grid, double voxelSize, const SeenScene&
   const VoxelIndex index(grid.cells());
   for (std::size_t i = 0; i < points.size(); ++i) {
     const int point = static_cast<int>(i), pose = points[i].second;
+    const VoxelKey key = grid.key(scene.points[i]);
     for (const Vector& sensor : scene.sensors[static_cast<std::size_t>(scene.poseOfPoint[i])])
-      walkSightLine(grid, voxelSize, index.box(), scene.points[i], sensor, [&](const VoxelKey& key) {
-        Element* const element = index.find(key);
+      walkSightLine(grid, voxelSize, index.box(), key, scene.points[i], sensor, [&](const VoxelKey& crossed) {
+        Element* const element = index.find(crossed);
         if (!element) return;
         if (element->rays.empty() || element->rays.back() != point) element->rays.push_back(point);
         widen(*element, pose);

@@ -34,7 +34,7 @@ Scan scanOf(int count) {
     pose.data()[3] = poseStep * i;
   }
   std::mt19937 random(10);
-  std::uniform_real_distribution<double> x(-1.5, 1.5), y(-1.0, 1.0), noise(-0.01, 0.01);
+  std::uniform_real_distribution<double> x(-3.0, 3.0), y(-2.0, 2.0), noise(-0.01, 0.01);
   for (int i = 0; i < count; ++i) {
     const double at = x(random);
     scan.points.emplace_back(Vector(at, y(random), 3.0 + 0.3 * std::sin(2.0 * at) + noise(random)),

@@ -12,12 +12,12 @@ namespace MirelAlgorithms {
 /// in the box (Amanatides and Woo, "A fast voxel traversal algorithm for ray tracing", Eurographics 1987). Crossings
 /// are measured in parts of the line. Keys are those of the position, which grows by whole steps.
 ///
-/// @param grid  cell size, origin and rule of keys
-/// @param size  step; when it is not above 0 the line ends in its first voxel
+/// @param grid   cell size, origin and rule of keys
+/// @param size   step; when it is not above 0 the line ends in its first voxel
+/// @param first  key of `from`
 template <class Grid, class Visit>
-void walkSightLine(const Grid& grid, double size, const VoxelBox& box, const Eigen::Vector3d& from,
-                   const Eigen::Vector3d& to, const Visit& visit) {
-  const VoxelKey first = grid.key(from);
+void walkSightLine(const Grid& grid, double size, const VoxelBox& box, const VoxelKey& first,
+                   const Eigen::Vector3d& from, const Eigen::Vector3d& to, const Visit& visit) {
   int key[3] = {first.x, first.y, first.z};
   const int least[3] = {box.least.x, box.least.y, box.least.z}, most[3] = {box.most.x, box.most.y, box.most.z};
   Eigen::Vector3d position = from;
