@@ -6,12 +6,14 @@
 #include <Eigen/Core>
 #include <Eigen/LU>
 #include <algorithm>
-#include <array>
-#include <bit>
 #include <cmath>
-#include <cstdint>
+#include <cstring>
 #include <limits>
 #include <optional>
+
+// Macros of Windows, where the host's headers bring them.
+#undef near
+#undef far
 
 namespace MirelAlgorithms {
 namespace {
@@ -43,8 +45,8 @@ struct Cone {
 
 const Cone& coneOf(const Mat4d& pose, double fov) {
   thread_local Cone last;
-  using Bits = std::array<std::uint64_t, 16>;
-  if (std::bit_cast<Bits>(last.pose) != std::bit_cast<Bits>(pose)) {
+  // Equal bits are meant. NOLINTNEXTLINE(bugprone-suspicious-memory-comparison)
+  if (std::memcmp(&last.pose, &pose, sizeof pose) != 0) {
     last.inverse = generalInverse(pose);
     last.pose = pose;
   }

@@ -110,7 +110,7 @@ TEST(UnionFind, refusesNumbersOutsideTheirRange) {
 TEST(UnionFind, copiesAreIndependent) {
   auto source = std::make_unique<UnionFind>(4);
   source->unionPartitions(0, 1);
-  UnionFind copy(*source), assigned(1), moved(std::move(copy));
+  UnionFind copy(*source), assigned(1), moved(std::move(copy));  // NOLINT(performance-move-const-arg)
   assigned = *source;
   source->unionPartitions(2, 3);
   EXPECT_EQ(moved.getPartitions(), (Lists{{0, 1}, {2}, {3}}));
