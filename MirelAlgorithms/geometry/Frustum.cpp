@@ -154,7 +154,7 @@ bool Frustum::intersect(const Mat4d& poseA, double nearA, double farA, const Mat
 }
 
 bool Frustum::sameViewDirection(const Mat4d& a, const Mat4d& b, double maxAngle) {
-  const auto direction = [](const Mat4d& pose) { return Vector(-pose[8], -pose[9], -pose[10]); };
+  const auto direction = [](const Mat4d& m) { return Vector(-m[8], -m[9], -m[10]); };
   return maxAngle > std::abs(angleBetween(direction(a), direction(b)));
 }
 

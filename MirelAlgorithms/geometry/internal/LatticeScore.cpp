@@ -22,8 +22,9 @@ MIREL_ALWAYS_INLINE void weigh(const Vec3d<double>* points, std::size_t count, c
     const double y = m1 * px + m5 * py + m9 * pz + m13;
     const double z = m2 * px + m6 * py + m10 * pz + m14;
     const double weight = 1.0 / std::sqrt(x * x + y * y + z * z);
-    const bool inside = (nearest <= z) & (z <= farthest) & (std::abs(x / z) < tx) & (std::abs(y / z) < ty);
-    weights[i] = inside ? weight : 0.0;
+    const int inRange = int{nearest <= z} & int{z <= farthest};
+    const int inSides = int{std::abs(x / z) < tx} & int{std::abs(y / z) < ty};
+    weights[i] = (inRange & inSides) != 0 ? weight : 0.0;
   }
 }
 

@@ -29,12 +29,30 @@ Sample sampleOf(const SeenScene& scene, int index) {
   return {index, q, q.norm(), ((q - s[1]).norm() + (q - s[0]).norm() + (q - s[2]).norm()) / 3};
 }
 
+double squaredReach(double distance, double rounding) {
+  const double reach = 1.001 * toleranceFactor * distance + rounding;
+  return reach * reach;
+}
+
+// A line, and the square of the largest tolerance as far as the line decides it.
+struct Line {
+  Vector from, to, direction;
+  double square, reach;
+
+  Line(const Vector& from_, const Vector& to_, double rounding)
+      : from(from_),
+        to(to_),
+        direction(to - from),
+        square(direction.squaredNorm()),
+        reach(squaredReach(std::sqrt(square), rounding)) {}
+};
+
 // Dividing the tolerance by the distance from the world's origin, not by the length of the line, is intended.
-bool liesOnLine(const Sample& sample, const Vector& from, const Vector& to, const Vector& direction) {
-  const double t = (sample.position - from).dot(direction) / direction.dot(direction);
+bool liesOnLine(const Sample& sample, const Line& line) {
+  const double t = (sample.position - line.from).dot(line.direction) / line.direction.dot(line.direction);
   if (!(0.0 <= t && t <= 1.0)) return false;
-  const Vector foot = from + t * direction;
-  const double tolerance = std::max(sample.sensorDistance, (foot - to).norm()) * toleranceFactor;
+  const Vector foot = line.from + t * line.direction;
+  const double tolerance = std::max(sample.sensorDistance, (foot - line.to).norm()) * toleranceFactor;
   return t > tolerance / sample.length && (sample.position - foot).norm() <= tolerance;
 }
 
@@ -45,11 +63,6 @@ struct Samples {
   std::vector<double> reach;  // square of the largest tolerance, as far as the sample decides it
   double rounding;            // of positions; generous
 };
-
-double squaredReach(double distance, double rounding) {
-  const double reach = 1.001 * toleranceFactor * distance + rounding;
-  return reach * reach;
-}
 
 Samples samplesOf(const SeenScene& scene, const std::vector<int>& points) {
   Samples samples;
@@ -65,43 +78,51 @@ Samples samplesOf(const SeenScene& scene, const std::vector<int>& points) {
   return samples;
 }
 
-// Whether some sample may lie on the line, without division and root: yes more often than `liesOnLine`.
-MIREL_ALWAYS_INLINE bool anyInReach(const Samples& samples, const Vector& from, const Vector& direction) {
-  const double square = direction.squaredNorm();
+// Samples that are looked at together.
+struct Block {
+  std::size_t begin, end;
+};
+
+// Whether some sample of a block may lie on the line, without division and root: yes more often than `liesOnLine`.
+MIREL_ALWAYS_INLINE bool anyInReach(const Samples& samples, const Block& block, const Line& line) {
+  const double square = line.square, reach = line.reach;
   if (!(square > 1e-200)) return true;  // no bits would be left
-  const double reach = squaredReach(std::sqrt(square), samples.rounding);
+  const Vector &from = line.from, &direction = line.direction;
   const double px = from[0], py = from[1], pz = from[2], dx = direction[0], dy = direction[1], dz = direction[2];
   const double *const x = samples.x.data(), *const y = samples.y.data(), *const z = samples.z.data();
   const double* const reaches = samples.reach.data();
-  const std::size_t count = samples.each.size();
   std::size_t outside = 0;
-  for (std::size_t i = 0; i < count; ++i) {
+  for (std::size_t i = block.begin; i < block.end; ++i) {
     const double qx = x[i] - px, qy = y[i] - py, qz = z[i] - pz;
     const double cx = qy * dz - qz * dy, cy = qz * dx - qx * dz, cz = qx * dy - qy * dx;
     const double farthest = reaches[i] < reach ? reach : reaches[i];
     outside += cx * cx + cy * cy + cz * cz > farthest * square;
   }
-  return outside < count;
+  return outside < block.end - block.begin;
 }
 
-bool anyInReachBaseline(const Samples& samples, const Vector& from, const Vector& direction) {
-  return anyInReach(samples, from, direction);
+bool anyInReachBaseline(const Samples& samples, const Block& block, const Line& line) {
+  return anyInReach(samples, block, line);
 }
 
-MIREL_TARGET_AVX2 bool anyInReachAvx2(const Samples& samples, const Vector& from, const Vector& direction) {
-  return anyInReach(samples, from, direction);
+MIREL_TARGET_AVX2 bool anyInReachAvx2(const Samples& samples, const Block& block, const Line& line) {
+  return anyInReach(samples, block, line);
 }
 
 unsigned scoreOfRay(const SeenScene& scene, const Samples& samples, int ray) {
+  constexpr std::size_t blockSize = 32;
   const auto look = cpuVariant() >= CpuVariant::avx2 ? anyInReachAvx2 : anyInReachBaseline;
   const auto index = static_cast<std::size_t>(ray);
-  const Vector& from = scene.points[index];
+  const std::size_t count = samples.each.size();
   unsigned score = 0;
   for (const Vector& to : scene.sensors[static_cast<std::size_t>(scene.poseOfPoint[index])]) {
-    const Vector direction = to - from;
-    if (!look(samples, from, direction)) continue;
-    for (const Sample& sample : samples.each)
-      if (sample.index != ray && liesOnLine(sample, from, to, direction)) ++score;
+    const Line line(scene.points[index], to, samples.rounding);
+    for (std::size_t begin = 0; begin < count; begin += blockSize) {
+      const Block block = {begin, std::min(begin + blockSize, count)};
+      if (!look(samples, block, line)) continue;
+      for (std::size_t i = block.begin; i < block.end; ++i)
+        if (samples.each[i].index != ray && liesOnLine(samples.each[i], line)) ++score;
+    }
   }
   return score;
 }
