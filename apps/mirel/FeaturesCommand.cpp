@@ -2,7 +2,7 @@
 #include "Command.h"
 #include "Errors.h"
 #include "Session.h"
-#include "input/ImageFile.h"
+#include "input/NotedInput.h"
 #include "output/Csv.h"
 #include "output/Digest.h"
 #include "output/Summary.h"
@@ -175,10 +175,9 @@ class FeaturesCommand : public Command {
     Session session(app, common_, operations);
     if (image_.empty()) throw UsageError("no image given; an image file expected");
     if (!descriptors_.empty()) checkStorageName(descriptors_);
-    const std::string bytes = readBytes(image_);
-    const std::vector<InputFile> inputs = {{image_, bytes.size(), sha256(bytes)}};
-    const std::string name = image_ == "-" ? "standard input" : std::filesystem::path(image_).filename().string();
-    Frame frame{name, session.clock().time("reading", [&] { return decodeImage(image_, bytes); })};
+    std::vector<InputFile> inputs;
+    const std::string bytes = readInput(image_, imageFile, inputs);
+    Frame frame{shownName(image_), session.clock().time("reading", [&] { return decodeImage(image_, bytes); })};
     session.folder();
     const FrameFeatures features = extractFeatures(std::move(frame), 1, session.settings(), session.clock());
     return show(session, features, inputs);

@@ -3,10 +3,9 @@
 #include "Errors.h"
 #include "Session.h"
 #include "inertial/ImuReport.h"
-#include "input/ImageFile.h"
+#include "input/NotedInput.h"
 #include "options/Checks.h"
 #include "output/Csv.h"
-#include "output/Digest.h"
 #include "output/Summary.h"
 #include "output/TimeCharts.h"
 
@@ -14,7 +13,6 @@
 
 #include <cmath>
 #include <cstdio>
-#include <filesystem>
 
 namespace mirel {
 
@@ -27,18 +25,8 @@ struct ImuOptions {
   std::vector<double> band = {0.5, 40};
 };
 
-std::string readTable(const std::string& path, std::vector<InputFile>& inputs) {
-  std::string bytes = readBytes(path, tableFile);
-  inputs.push_back({path, bytes.size(), sha256(bytes)});
-  return bytes;
-}
-
-std::string shownName(const std::string& path) {
-  return path == "-" ? "standard input" : std::filesystem::path(path).filename().string();
-}
-
 TruthComparison compareWithTruth(const std::string& path, const ImuResult& result, std::vector<InputFile>& inputs) {
-  const CsvTable table(path, readTable(path, inputs));
+  const CsvTable table(path, readInput(path, tableFile, inputs));
   const ImuRecording& recording = result.recording;
   const AttitudeRecording truth = readAttitudeRecording(table, recording.columns[0].unit, recording.time.first);
   TruthComparison comparison = compare(recording, result.estimate, truth);
@@ -127,7 +115,7 @@ class ImuCommand : public Command {
   }
 
   ImuResult readLog(std::vector<InputFile>& inputs) const {
-    const CsvTable table(options_.log, readTable(options_.log, inputs));
+    const CsvTable table(options_.log, readInput(options_.log, tableFile, inputs));
     ImuResult result;
     result.name = shownName(options_.log);
     result.recording = readImuRecording(table, options_.columns);

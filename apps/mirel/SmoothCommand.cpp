@@ -4,10 +4,9 @@
 #include "Session.h"
 #include "inertial/ColumnHead.h"
 #include "input/CsvTable.h"
-#include "input/ImageFile.h"
+#include "input/NotedInput.h"
 #include "input/TimeColumn.h"
 #include "output/Csv.h"
-#include "output/Digest.h"
 #include "output/Summary.h"
 #include "output/TimeCharts.h"
 
@@ -17,7 +16,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <filesystem>
 #include <map>
 
 namespace mirel {
@@ -249,9 +247,8 @@ class SmoothCommand : public Command {
     if (window_ < 5 || window_ > 25 || window_ % 2 == 0) {
       throw UsageError(fmt::format("--window: {} given, an odd number from 5 to 25 expected", window_));
     }
-    std::string bytes = readBytes(file_, tableFile);
-    const std::vector<InputFile> inputs = {{file_, bytes.size(), sha256(bytes)}};
-    const CsvTable table(file_, std::move(bytes));
+    std::vector<InputFile> inputs;
+    const CsvTable table(file_, readInput(file_, tableFile, inputs));
     const SmoothResult result = session.clock().time("smoothing", [&] { return smooth(table); });
     show(session, table, result, inputs);
     return success;
@@ -260,7 +257,7 @@ class SmoothCommand : public Command {
  private:
   SmoothResult smooth(const CsvTable& table) const {
     SmoothResult result;
-    result.name = file_ == "-" ? "standard input" : std::filesystem::path(file_).filename().string();
+    result.name = shownName(file_);
     result.window = window_;
     readAxis(table, result);
     const std::vector<std::size_t> columns = chooseColumns(table, columns_);

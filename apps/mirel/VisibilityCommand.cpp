@@ -2,7 +2,7 @@
 #include "Command.h"
 #include "Errors.h"
 #include "Session.h"
-#include "input/InputText.h"
+#include "input/NotedInput.h"
 #include "options/Checks.h"
 #include "output/Csv.h"
 #include "output/Summary.h"

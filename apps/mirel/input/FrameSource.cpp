@@ -2,7 +2,7 @@
 
 #include "Errors.h"
 #include "input/FilePattern.h"
-#include "input/ImageFile.h"
+#include "input/NotedInput.h"
 #include "input/QuietStderr.h"
 #include "output/Digest.h"
 
@@ -38,9 +38,8 @@ class ImageFrames : public FrameSource {
   std::optional<Frame> next() override {
     if (next_ == files_.size()) return std::nullopt;
     const std::string& path = files_[next_++];
-    const std::string bytes = readBytes(path);
-    inputs_.push_back({path, bytes.size(), sha256(bytes)});
-    return Frame{path == "-" ? "standard input" : fs::path(path).filename().string(), decodeImage(path, bytes)};
+    const std::string bytes = readInput(path, imageFile, inputs_);
+    return Frame{shownName(path), decodeImage(path, bytes)};
   }
 
   int expected() const override { return static_cast<int>(files_.size()); }

@@ -1,4 +1,4 @@
-/// Text files that a run reads, noted for its record.
+/// Files that a run reads, noted for its record.
 #pragma once
 
 #include "input/ImageFile.h"
