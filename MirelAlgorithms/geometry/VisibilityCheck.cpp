@@ -26,8 +26,8 @@ using Pose = std::array<double, 16>;
 namespace LogLevel = MirelAlgorithms::LogLevel;
 
 constexpr const char* function = "updateGrid";
-constexpr std::size_t leastPoints = 10, leastRays = 10;
-constexpr int leastPoseSpan = 31;
+constexpr std::size_t leastRays = 10;
+constexpr int leastPoints = 10, leastPoseSpan = 31;
 constexpr double sampledPart = 0.1;
 
 Vector transformed(const Vector& p, const Pose& m) {
@@ -48,19 +48,24 @@ void widen(Element& element, int pose) {
 
 SeenScene sceneOf(const VisibilityCheck::Points& points, const std::map<int, Pose>& poses,
                   const std::vector<Vector>& sensorPoints) {
+  struct Known {
+    const Pose* pose;
+    int index;
+  };
   SeenScene scene;
-  std::unordered_map<int, int> indexOfPose;
+  std::unordered_map<int, Known> known;
   scene.points.reserve(points.size());
   scene.poseOfPoint.reserve(points.size());
   for (const auto& [position, number] : points) {
-    const Pose& pose = poseOf(poses, number);
-    const auto [known, isNew] = indexOfPose.try_emplace(number, static_cast<int>(scene.sensors.size()));
-    if (isNew) {
+    auto found = known.find(number);
+    if (found == known.end()) {
+      const Pose& pose = poseOf(poses, number);
+      found = known.emplace(number, Known{&pose, static_cast<int>(scene.sensors.size())}).first;
       auto& sensors = scene.sensors.emplace_back();
       for (const Vector& sensor : sensorPoints) sensors.push_back(transformed(sensor, pose));
     }
-    scene.points.push_back(transformed(position, pose));
-    scene.poseOfPoint.push_back(known->second);
+    scene.points.push_back(transformed(position, *found->second.pose));
+    scene.poseOfPoint.push_back(found->second.index);
   }
   return scene;
 }
@@ -100,26 +105,63 @@ SeenScene checkedScene(const VisibilityCheck::Points& points, const std::map<int
   return scene;
 }
 
-void collectPoints(VisibilityCheck::Grid& grid, const SeenScene& scene, const VisibilityCheck::Points& points) {
-  for (std::size_t i = 0; i < points.size(); ++i) {
+std::vector<VoxelKey> keysOf(const VisibilityCheck::Cells& cells) {
+  std::vector<VoxelKey> keys;
+  keys.reserve(cells.size());
+  for (const auto& [key, element] : cells) keys.push_back(key);
+  return keys;
+}
+
+std::vector<VoxelKey> keysOf(const VisibilityCheck::Grid& grid, const std::vector<Vector>& points) {
+  std::vector<VoxelKey> keys;
+  keys.reserve(points.size());
+  for (const Vector& p : points) keys.push_back(grid.key(p));
+  return keys;
+}
+
+// Makes the voxels of all points, each of which counts its points in its score; gives the voxel of every point.
+std::vector<Element*> makeVoxels(VisibilityCheck::Cells& cells, const std::vector<VoxelKey>& keys,
+                                 const VisibilityCheck::Points& points) {
+  std::vector<Element*> voxels;
+  if (keys.empty()) return voxels;
+  voxels.reserve(keys.size());
+  VoxelIndex index(boxAround(keys), keys.size());
+  for (std::size_t i = 0; i < keys.size(); ++i) {
     const int pose = points[i].second;
-    const auto [cell, isNew] = grid.cells().try_emplace(grid.key(scene.points[i]));
-    Element& element = cell->second;
-    if (isNew) element.firstPose = element.lastPose = pose;
-    element.points.push_back(static_cast<int>(i));
-    widen(element, pose);
+    Element*& voxel = index.at(keys[i]);
+    if (!voxel) {
+      voxel = &cells.try_emplace(keys[i]).first->second;
+      voxel->firstPose = voxel->lastPose = pose;
+    }
+    ++voxel->score;
+    widen(*voxel, pose);
+    voxels.push_back(voxel);
   }
+  return voxels;
+}
+
+// Removes voxels of too few points, and lists the points of the others.
+void keepSupportedVoxels(VisibilityCheck::Cells& cells, std::vector<Element*>& voxels) {
+  for (Element*& voxel : voxels)
+    if (voxel->score < leastPoints) voxel = nullptr;
+  std::erase_if(cells, [](const auto& cell) { return cell.second.score < leastPoints; });
+  for (auto& [key, element] : cells) {
+    element.points.reserve(static_cast<std::size_t>(element.score));
+    element.score = 0;
+  }
+  for (std::size_t i = 0; i < voxels.size(); ++i)
+    if (voxels[i]) voxels[i]->points.push_back(static_cast<int>(i));
 }
 
 void collectRays(VisibilityCheck::Grid& grid, double voxelSize, const SeenScene& scene,
-                 const VisibilityCheck::Points& points) {
+                 const std::vector<VoxelKey>& keys, const VisibilityCheck::Points& points) {
   if (grid.cells().empty()) return;
-  const VoxelIndex index(grid.cells());
+  VoxelIndex index(boxAround(keysOf(grid.cells())), grid.cells().size());
+  for (auto& [key, element] : grid.cells()) index.at(key) = &element;
   for (std::size_t i = 0; i < points.size(); ++i) {
     const int point = static_cast<int>(i), pose = points[i].second;
-    const VoxelKey key = grid.key(scene.points[i]);
     for (const Vector& sensor : scene.sensors[static_cast<std::size_t>(scene.poseOfPoint[i])])
-      walkSightLine(grid, voxelSize, index.box(), key, scene.points[i], sensor, [&](const VoxelKey& crossed) {
+      walkSightLine(grid, voxelSize, index.box(), keys[i], scene.points[i], sensor, [&](const VoxelKey& crossed) {
         Element* const element = index.find(crossed);
         if (!element) return;
         if (element->rays.empty() || element->rays.back() != point) element->rays.push_back(point);
@@ -168,15 +210,16 @@ void VisibilityCheck::update(Points points, std::map<int, Elements> poses, std::
   grid_.setOrigin(Vector(0.0, 0.0, 0.0));
   if (ownSize) grid_.setCellSize(voxelSize_);
 
-  collectPoints(grid_, scene, points_);
+  const std::vector<VoxelKey> keys = keysOf(grid_, scene.points);
+  std::vector<Element*> voxels = makeVoxels(grid_.cells(), keys, points_);
   VOXEL_LOG(L"First Loop Sucessful");
 
   const auto size = [this] { return static_cast<int>(grid_.cells().size()); };
   VOXEL_LOG(L"First deleting loop: size before %i", size());
-  std::erase_if(grid_.cells(), [](const auto& cell) { return cell.second.points.size() < leastPoints; });
+  keepSupportedVoxels(grid_.cells(), voxels);
   VOXEL_LOG(L"size after %i", size());
 
-  collectRays(grid_, voxelSize_, scene, points_);
+  collectRays(grid_, voxelSize_, scene, keys, points_);
   VOXEL_LOG(L"Second Loop Sucessful");
 
   VOXEL_LOG(L"Size before deleting Loop %i", size());

@@ -17,20 +17,23 @@ struct VoxelBox {
   VoxelKey least, most;
 };
 
-/// The elements of a grid by key: open addressing, and one bit per cell of the box around them in front of it where the
-/// box is small enough, because most cells that a sight line asks for are empty.
+/// The smallest box around keys, of which there is at least one.
+VoxelBox boxAround(const std::vector<VoxelKey>& keys);
+
+/// Elements of a grid by key: a table of all cells of a box, or open addressing where the box is large.
 class VoxelIndex {
  public:
-  /// The grid must not be empty, and its elements must stay where they are.
-  explicit VoxelIndex(Algorithms::VisibilityCheck::Cells& cells);
+  /// Room for keys in a box, for at most so many different ones.
+  VoxelIndex(const VoxelBox& box, std::size_t mostKeys);
 
-  /// The box around all elements.
   const VoxelBox& box() const { return box_; }
 
-  /// Null where there is none. The key must lie in the box.
+  /// The element of a key, to be set; null at first. The key must lie in the box.
+  VoxelElement*& at(const VoxelKey& key) { return table_.empty() ? slotOf(key).element : table_[cellOf(key)]; }
+
+  /// Null where none was set. The key must lie in the box.
   VoxelElement* find(const VoxelKey& key) const {
-    if (!occupied_.empty() && !(occupied_[cellOf(key) / wordBits] >> cellOf(key) % wordBits & 1)) return nullptr;
-    return findSlot(key);
+    return table_.empty() ? slots_[positionOf(key)].element : table_[cellOf(key)];
   }
 
  private:
@@ -39,8 +42,6 @@ class VoxelIndex {
     VoxelElement* element = nullptr;
   };
 
-  static constexpr std::size_t wordBits = 64;
-
   static std::size_t offset(int least, int at) {
     return static_cast<std::size_t>(static_cast<std::int64_t>(at) - least);
   }
@@ -48,14 +49,14 @@ class VoxelIndex {
     return (offset(box_.least.z, key.z) * height_ + offset(box_.least.y, key.y)) * width_ + offset(box_.least.x, key.x);
   }
 
-  VoxelElement* findSlot(const VoxelKey& key) const;
-  void insert(const VoxelKey& key, VoxelElement& element);
-  std::size_t slotOf(const VoxelKey& key) const;
+  // Where a key is, or where it belongs.
+  std::size_t positionOf(const VoxelKey& key) const;
+  Slot& slotOf(const VoxelKey& key);
 
   VoxelBox box_;
-  std::size_t width_ = 0, height_ = 0;   // of the box, in cells
-  std::vector<std::uint64_t> occupied_;  // by cell; empty for large boxes
-  std::vector<Slot> slots_;              // a power of two of them
+  std::size_t width_ = 0, height_ = 0;  // of the box, in cells
+  std::vector<VoxelElement*> table_;    // by cell; empty for large boxes
+  std::vector<Slot> slots_;             // for large boxes; a power of two of them
 };
 
 }  // namespace MirelAlgorithms
