@@ -23,3 +23,5 @@
 #include <MirelAlgorithms/matching/MatchRecords.h>
 #include <MirelAlgorithms/matching/MotionEstimate.h>
 #include <MirelAlgorithms/matching/ValidationParams.h>
+#include <MirelAlgorithms/smoothing/DenseDepth.h>
+#include <MirelAlgorithms/smoothing/SparsePoints.h>

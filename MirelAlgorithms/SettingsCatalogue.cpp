@@ -4,6 +4,7 @@
 #include <MirelAlgorithms/features/internal/DescriptorSettings.h>
 #include <MirelAlgorithms/features/internal/ExtractionSettings.h>
 #include <MirelAlgorithms/frame/internal/Settings.h>
+#include <MirelAlgorithms/smoothing/internal/SmoothingSettings.h>
 
 namespace MirelAlgorithms {
 
@@ -17,6 +18,8 @@ std::vector<SettingInfo> settingsCatalogue() {
   listSettings<StageSettings>(list, "retrieveFeaturesFPGA");
   listSettings<SearchSettings>(list, "retrieveFeaturesFPGA");
   listSettings<DescriptorSettings>(list, "retrieveDescriptors");
+  listSettings<DenseSettings>(list, "smoothDenseZ16");
+  listSettings<SparseSettings>(list, "smoothSparse3D");
   return list;
 }
 

@@ -1,0 +1,106 @@
+#include <MirelAlgorithms/frame/internal/Require.h>
+#include <MirelAlgorithms/frame/internal/Settings.h>
+#include <MirelAlgorithms/smoothing/SparsePoints.h>
+#include <MirelAlgorithms/smoothing/internal/GridCells.h>
+#include <MirelAlgorithms/smoothing/internal/NeighbourMedian.h>
+#include <MirelAlgorithms/smoothing/internal/SmoothingSettings.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+
+namespace MirelAlgorithms {
+namespace {
+
+using Rows = std::vector<int>;
+
+constexpr int fewestColumns = 5, valueColumn = 4;
+
+Rows everyRow(int rows, int step) {
+  Rows kept;
+  for (int i = 0; i < rows; i += step) kept.push_back(i);
+  return kept;
+}
+
+// The smallest step from `first` to 20 that leaves at most so many rows; 20 when none does.
+int decimationStep(int rows, int first, std::int64_t most) {
+  constexpr int last = 20;
+  int step = first;
+  while (step < last && rows / step > most) ++step;
+  return step;
+}
+
+float spread(const cv::Mat& points, const CellRows& cell, int column) {
+  const auto value = [&](int row) { return points.at<float>(row, column); };
+  float least = value(cell.front()), most = least;
+  for (const int row : cell) {
+    least = std::min(least, value(row));
+    most = std::max(most, value(row));
+  }
+  return most - least;
+}
+
+bool isCompact(const cv::Mat& points, const CellRows& cell) {
+  constexpr double widest = 0.2, mostUneven = 0.1;
+  const float s2 = spread(points, cell, 2), s3 = spread(points, cell, 3), s4 = spread(points, cell, valueColumn);
+  return !(s4 > widest || s2 > widest || s3 > widest || std::abs(s2 - s3) > mostUneven);
+}
+
+// The rows at or below the mean, all of them or every second one.
+void keepLower(const cv::Mat& points, const CellRows& cell, int divisor, Rows& kept) {
+  double sum = 0.0;
+  for (const int row : cell) sum += points.at<float>(row, valueColumn);
+  const double mean = sum / static_cast<double>(cell.size());
+  int qualified = 0;
+  for (const int row : cell)
+    if (mean >= points.at<float>(row, valueColumn) && ++qualified % divisor != 1) kept.push_back(row);
+}
+
+Rows lowerRowsOfCells(const cv::Mat& points, int mostCells, int divisor) {
+  constexpr std::size_t fewestRows = 6;
+  Rows kept;
+  for (const CellRows& cell : rowsByCell(points, mostCells, fewestRows))
+    if (isCompact(points, cell)) keepLower(points, cell, divisor, kept);
+  return kept;
+}
+
+Rows keptRows(const cv::Mat& points, const SparseSettings& settings) {
+  switch (settings.mode & 0xF000) {
+    case 0x2000:
+      return rowsNearNeighbourMedian(points);
+    case 0x3000:
+      return lowerRowsOfCells(points, settings.mostPoints, 1);
+    case 0x4000:
+      return lowerRowsOfCells(points, settings.mostPoints, 2);
+    case 0x5000:
+      return everyRow(points.rows, decimationStep(points.rows, 1, 2 * std::int64_t{settings.mostPoints}));
+    case 0x6000:
+      return everyRow(points.rows, decimationStep(points.rows, 4, settings.mostPoints));
+    default:
+      return everyRow(points.rows, 1);
+  }
+}
+
+cv::Mat rowsOf(const cv::Mat& points, const Rows& rows) {
+  cv::Mat result(static_cast<int>(rows.size()), points.cols, points.type());
+  const std::size_t bytes = static_cast<std::size_t>(points.cols) * points.elemSize();
+  for (int i = 0; i < result.rows; ++i)
+    std::copy_n(points.ptr(rows[static_cast<std::size_t>(i)]), bytes, result.ptr(i));
+  return result;
+}
+
+}  // namespace
+
+bool smoothSparse3D(const cv::Mat& in, cv::Mat& out, SmartPtr<AttrContainer> attrs) {
+  const auto settings = readSettings<SparseSettings>(attrs);
+  const cv::Mat points = in;  // stays when `out` is the same matrix
+  const bool enough = !points.empty() && points.cols >= fewestColumns && points.rows >= settings.leastPoints;
+  if (enough && points.type() != CV_32FC1) refuse("smoothSparse3D", "in", describe(points), "CV_32FC1");
+  out.release();
+  if (!enough) return false;
+  const Rows kept = keptRows(points, settings);
+  if (!kept.empty()) out = rowsOf(points, kept);
+  return out.rows >= settings.leastPoints;
+}
+
+}  // namespace MirelAlgorithms
