@@ -13,6 +13,7 @@ void integrator(benchmark::State& state) {
     for (const cv::Vec3f& accel : motion.accel) integrator.update(accel, bench::recordingStep);
     benchmark::DoNotOptimize(integrator.position());
   }
+  bench::countSamples(state, motion.accel.size());
 }
 
 void integrator_plain_loop(benchmark::State& state) {
@@ -25,6 +26,7 @@ void integrator_plain_loop(benchmark::State& state) {
     }
     benchmark::DoNotOptimize(position);
   }
+  bench::countSamples(state, motion.accel.size());
 }
 
 BENCHMARK(integrator)->Unit(benchmark::kMillisecond);

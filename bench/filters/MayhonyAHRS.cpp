@@ -22,6 +22,7 @@ void attitude(benchmark::State& state) {
       filter.update(motion.gyro[i], motion.accel[i], motion.gyro[i], bench::recordingStep);
     benchmark::DoNotOptimize(filter.value());
   }
+  bench::countSamples(state, motion.gyro.size());
 }
 
 // Mahony, Hamel, Pflimlin: "Nonlinear complementary filters on the special orthogonal group", 2008.
@@ -55,6 +56,7 @@ void plain_mahony_eigen(benchmark::State& state) {
       filter.update(Eigen::Vector3f(motion.gyro[i].val), Eigen::Vector3f(motion.accel[i].val), bench::recordingStep);
     benchmark::DoNotOptimize(filter.attitude());
   }
+  bench::countSamples(state, motion.gyro.size());
 }
 
 BENCHMARK(attitude)->Unit(benchmark::kMillisecond);
@@ -74,6 +76,7 @@ void x_io_fusion(benchmark::State& state) {
     for (std::size_t i = 0; i < gyro.size(); ++i) FusionAhrsUpdateNoMagnetometer(&filter, gyro[i], accel[i]);
     benchmark::DoNotOptimize(FusionAhrsGetQuaternion(&filter));
   }
+  bench::countSamples(state, motion.gyro.size());
 }
 
 BENCHMARK(x_io_fusion)->Unit(benchmark::kMillisecond);

@@ -1,6 +1,8 @@
 /// Made-up recordings of a hand-held device.
 #pragma once
 
+#include <benchmark/benchmark.h>
+
 #include <cmath>
 #include <opencv2/core/matx.hpp>
 #include <random>
@@ -37,6 +39,13 @@ inline Motion recordedMotion() {
     motion.accel.emplace_back(0.4f * turn + noise(random), noise(random), std::sqrt(1.0f - 0.16f * turn * turn));
   }
   return motion;
+}
+
+/// Shows the time of one sample, in seconds.
+inline void countSamples(benchmark::State& state, std::size_t samples) {
+  using benchmark::Counter;
+  state.counters["per_sample_s"] =
+      Counter(static_cast<double>(samples), Counter::kIsIterationInvariantRate | Counter::kInvert);
 }
 
 }  // namespace bench

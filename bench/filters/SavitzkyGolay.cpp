@@ -17,6 +17,7 @@ using Series = std::vector<double>;
 void smoother(benchmark::State& state, int window, std::size_t size) {
   Series in = bench::recordedSeries<double>(size), out(size);
   for (auto _ : state) benchmark::DoNotOptimize(sgCubicSmoother(in, out, window));
+  bench::countSamples(state, size);
 }
 
 void smoother_literal(benchmark::State& state, int width, std::size_t size) {
@@ -38,6 +39,7 @@ void smoother_literal(benchmark::State& state, int width, std::size_t size) {
     benchmark::DoNotOptimize(out.data());
     benchmark::ClobberMemory();
   }
+  bench::countSamples(state, size);
 }
 
 void sepFilter2D(benchmark::State& state, int width, std::size_t size) {
@@ -49,6 +51,7 @@ void sepFilter2D(benchmark::State& state, int width, std::size_t size) {
   cv::Mat target(1, static_cast<int>(size), CV_64F, out.data());
   for (auto _ : state)
     cv::sepFilter2D(source, target, CV_64F, weights, one, cv::Point(-1, -1), 0.0, cv::BORDER_REFLECT_101);
+  bench::countSamples(state, size);
 }
 
 void copy_of_series(benchmark::State& state, std::size_t size) {
@@ -59,6 +62,7 @@ void copy_of_series(benchmark::State& state, std::size_t size) {
     benchmark::DoNotOptimize(out.data());
     benchmark::ClobberMemory();
   }
+  bench::countSamples(state, size);
 }
 
 #define AT_ALL_SIZES(function)                                                           \
