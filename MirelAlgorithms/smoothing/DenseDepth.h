@@ -20,9 +20,10 @@ namespace MirelAlgorithms {
 /// @param attrs  `smoothDenseMode` (0), `smoothDenseRadius` (5, an odd width); null: defaults
 /// @return       false, with `out` as it was, for an empty image, another type and a window below 1 or of even width
 ///
-/// OpenCV's own error is passed on for medians wider than 5 pixels, which it refuses for 16 bits; `out` stays as it
-/// was. Any number of threads on their own outputs. Time grows with the pixels; that of non-local means with the fourth
-/// power of the window too.
+/// OpenCV's own error is passed on for medians wider than 5 pixels, which it refuses for 16 bits.
+/// `std::invalid_argument` where its sums for non-local means would overflow: windows wider than 181 pixels, or
+/// 9 window^2 columns(in) of 2^31 and more. `out` stays as it was. Any number of threads on their own outputs. Time
+/// grows with the pixels; that of non-local means with the square of the window too.
 MIREL_API bool smoothDenseZ16(const cv::Mat& in, cv::Mat& out, SmartPtr<AttrContainer> attrs);
 
 }  // namespace MirelAlgorithms

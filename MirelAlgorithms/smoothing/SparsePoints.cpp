@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 
 namespace MirelAlgorithms {
 namespace {
@@ -15,6 +16,7 @@ namespace {
 using Rows = std::vector<int>;
 
 constexpr int fewestColumns = 5, valueColumn = 4;
+constexpr std::size_t judgedBytes = fewestColumns * sizeof(float);
 
 Rows everyRow(int rows, int step) {
   Rows kept;
@@ -81,11 +83,20 @@ Rows keptRows(const cv::Mat& points, const SparseSettings& settings) {
   }
 }
 
+// The columns that are judged. Elements of another type are taken for floats as they lie in memory.
+cv::Mat judgedColumns(const cv::Mat& points) {
+  if (points.type() == CV_32FC1) return points.colRange(0, fewestColumns);
+  cv::Mat columns(points.rows, fewestColumns, CV_32FC1);
+  for (int i = 0; i < points.rows; ++i) std::memcpy(columns.ptr(i), points.ptr(i), judgedBytes);
+  return columns;
+}
+
+std::size_t bytesOfRow(const cv::Mat& points) { return static_cast<std::size_t>(points.cols) * points.elemSize(); }
+
 cv::Mat rowsOf(const cv::Mat& points, const Rows& rows) {
   cv::Mat result(static_cast<int>(rows.size()), points.cols, points.type());
-  const std::size_t bytes = static_cast<std::size_t>(points.cols) * points.elemSize();
   for (int i = 0; i < result.rows; ++i)
-    std::copy_n(points.ptr(rows[static_cast<std::size_t>(i)]), bytes, result.ptr(i));
+    std::memcpy(result.ptr(i), points.ptr(rows[static_cast<std::size_t>(i)]), bytesOfRow(points));
   return result;
 }
 
@@ -95,10 +106,11 @@ bool smoothSparse3D(const cv::Mat& in, cv::Mat& out, SmartPtr<AttrContainer> att
   const auto settings = readSettings<SparseSettings>(attrs);
   const cv::Mat points = in;  // stays when `out` is the same matrix
   const bool enough = !points.empty() && points.cols >= fewestColumns && points.rows >= settings.leastPoints;
-  if (enough && points.type() != CV_32FC1) refuse("smoothSparse3D", "in", describe(points), "CV_32FC1");
+  if (enough && bytesOfRow(points) < judgedBytes)
+    refuse("smoothSparse3D", "in", describe(points), "rows of at least five floats");
   out.release();
   if (!enough) return false;
-  const Rows kept = keptRows(points, settings);
+  const Rows kept = keptRows(judgedColumns(points), settings);
   if (!kept.empty()) out = rowsOf(points, kept);
   return out.rows >= settings.leastPoints;
 }

@@ -22,9 +22,10 @@ class SeededGenerator {
   cv::RNG before_;
 };
 
-// The upper one where there are two in the middle.
+// The upper one where there are two in the middle. NaN is above all numbers.
 float medianOf(float* values, int count) {
-  std::nth_element(values, values + count / 2, values + count);
+  const auto below = [](float a, float b) { return a < b || (std::isnan(b) && !std::isnan(a)); };
+  std::nth_element(values, values + count / 2, values + count, below);
   return values[count / 2];
 }
 

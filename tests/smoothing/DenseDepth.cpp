@@ -1,0 +1,104 @@
+#include <MirelAlgorithms/smoothing/DenseDepth.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <opencv2/photo.hpp>
+#include <stdexcept>
+#include <vector>
+
+#include "SettingsOf.h"
+
+using namespace MirelAlgorithms;
+
+namespace {
+
+constexpr int widestInt = 2147483647;
+
+SmartPtr<AttrContainer> denseSettings(int mode, int window) {
+  return settingsOf({{L"smoothDenseMode", mode}, {L"smoothDenseRadius", window}});
+}
+
+// Either a slope with noise or only the extremes of the type; every `holes`-th pixel or so is 0. A view.
+cv::Mat depthImage(cv::Size size, bool harsh, int holes, std::uint64_t seed) {
+  cv::RNG random(seed);
+  cv::Mat all(size + cv::Size(3, 2), CV_16UC1);
+  for (int y = 0; y < all.rows; ++y)
+    for (int x = 0; x < all.cols; ++x) {
+      const int slope = 1000 + 3 * x + 5 * y + random.uniform(0, 9), extreme = random.uniform(0, 2) == 0 ? 1 : 65535;
+      const bool hole = holes > 0 && random.uniform(0, holes) == 0;
+      all.at<ushort>(y, x) = static_cast<ushort>(hole ? 0 : harsh ? extreme : slope);
+    }
+  return all(cv::Rect({2, 1}, size));
+}
+
+// The pixels of the window around a pixel; outside, the nearest pixel of the image.
+std::vector<ushort> window(const cv::Mat& image, int x, int y, int width) {
+  std::vector<ushort> pixels;
+  for (int v = y - width / 2; v <= y + width / 2; ++v)
+    for (int u = x - width / 2; u <= x + width / 2; ++u)
+      pixels.push_back(image.at<ushort>(std::clamp(v, 0, image.rows - 1), std::clamp(u, 0, image.cols - 1)));
+  std::sort(pixels.begin(), pixels.end());
+  return pixels;
+}
+
+cv::Mat literal(const cv::Mat& in, int mode, int width) {
+  cv::Mat out(in.size(), CV_16UC1);
+  if (mode == 1) cv::fastNlMeansDenoising(in, out, std::vector<float>{3.0f}, width, 3 * width, cv::NORM_L1);
+  for (int y = 0; y < in.rows; ++y)
+    for (int x = 0; x < in.cols; ++x) {
+      const auto pixels = window(in, x, y, width);  // the nearest pixel of the image lies in the window too
+      if (mode != 1) out.at<ushort>(y, x) = pixels[pixels.size() / 2];
+      if (pixels.front() == 0) out.at<ushort>(y, x) = 0;
+    }
+  return out;
+}
+
+TEST(DenseDepth, EqualsTheLiteralSteps) {
+  std::uint64_t seed = 1;
+  for (const cv::Size size : {cv::Size(61, 40), cv::Size(16, 33), cv::Size(3, 2), cv::Size(9, 1), cv::Size(1, 1)})
+    for (const bool harsh : {false, true})
+      for (const int holes : {0, 7, 100})
+        for (const auto& [mode, width] : {std::pair(0, 1), {0, 3}, {2, 5}, {-1, 5}, {1, 1}, {1, 3}, {1, 7}}) {
+          const cv::Mat view = depthImage(size, harsh, holes, seed++);
+          cv::Mat image = mode == 1 ? view.clone() : view;  // non-local means looks around views
+          const cv::Mat wanted = literal(image, mode, width);
+          cv::Mat out;
+          const auto settings = denseSettings(mode, width);
+          ASSERT_TRUE(smoothDenseZ16(image, out, settings));
+          EXPECT_TRUE(sameMatrix(out, wanted)) << size << " mode " << mode << " window " << width;
+          ASSERT_TRUE(smoothDenseZ16(image, image, settings));
+          EXPECT_TRUE(sameMatrix(image, wanted)) << "in place, " << size << " mode " << mode << " window " << width;
+        }
+}
+
+TEST(DenseDepth, AHoleGrowsToItsWindowByDefaultFive) {
+  for (const cv::Point hole : {cv::Point(10, 8), cv::Point(0, 15), cv::Point(19, 3)}) {
+    cv::Mat image(16, 20, CV_16UC1, cv::Scalar(700)), wanted = image.clone(), out;
+    image.at<ushort>(hole) = 0;
+    wanted(cv::Rect(hole.x - 2, hole.y - 2, 5, 5) & cv::Rect(0, 0, 20, 16)) = 0;
+    ASSERT_TRUE(smoothDenseZ16(image, out, {}));
+    EXPECT_TRUE(sameMatrix(out, wanted)) << hole;
+  }
+}
+
+TEST(DenseDepth, WhatIsRefusedLeavesTheOutputAlone) {
+  const cv::Mat image = depthImage({30, 20}, false, 9, 5), before(2, 3, CV_8UC3, cv::Scalar(1, 2, 3));
+  cv::Mat out = before.clone();
+  const uchar* data = out.data;
+  for (const int type : {CV_8UC1, CV_16SC1, CV_16UC3, CV_32FC1})
+    EXPECT_FALSE(smoothDenseZ16(cv::Mat::ones(9, 9, type), out, {})) << type;
+  EXPECT_FALSE(smoothDenseZ16({}, out, {}));
+  for (const int mode : {0, 1})
+    for (const int width : {4, 0, -3, widestInt - 1, -widestInt})
+      EXPECT_FALSE(smoothDenseZ16(image, out, denseSettings(mode, width))) << width;
+  for (const int width : {7, 99, widestInt})
+    EXPECT_THROW(smoothDenseZ16(image, out, denseSettings(0, width)), cv::Exception) << width;
+  for (const int width : {183, widestInt})
+    EXPECT_THROW(smoothDenseZ16(image, out, denseSettings(1, width)), std::invalid_argument) << width;
+  const cv::Mat wide(1, 8000, CV_16UC1, cv::Scalar(1));
+  EXPECT_THROW(smoothDenseZ16(wide, out, denseSettings(1, 181)), std::invalid_argument);
+  EXPECT_EQ(out.data, data);
+  EXPECT_TRUE(sameMatrix(out, before));
+}
+
+}  // namespace
