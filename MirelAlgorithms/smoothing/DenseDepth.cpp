@@ -20,8 +20,8 @@ cv::Mat nearHoles(const cv::Mat& depth, int window) {
   return holes;
 }
 
-// OpenCV sums the differences of two windows, and counts its table of sums, in int, and writes past the table when they
-// overflow.
+// OpenCV adds the differences of two windows, and finds its place in the table of these sums, in int; beyond, it reads
+// and writes outside its tables.
 void requireSumsInInt(int window, int columns) {
   constexpr int widest = 181;  // 181 * 181 * 65535 is the last below 2^31
   requireRange("smoothDenseZ16", "smoothDenseRadius", window, 1, widest);

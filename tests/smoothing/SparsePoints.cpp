@@ -102,16 +102,21 @@ cv::Mat literal(const cv::Mat& in, int mode, int mostPoints) {
   return out;
 }
 
-// A view of six columns: places in the plane, positions within `side`, values on few steps so that many are equal.
-cv::Mat randomPoints(int rows, float origin, float side, cv::RNG& random) {
+// A view of six columns: places in the plane, at borders of cells or anywhere, positions within `side`, values on few
+// steps so that many are equal.
+cv::Mat randomPoints(int rows, float origin, float side, cv::RNG& random, bool atBorders = false) {
   cv::Mat points = cv::Mat(rows, 9, CV_32FC1, cv::Scalar(9)).colRange(2, 8);
+  const float step = random.uniform(0.1f, 0.5f);
+  const auto place = [&](float most) {
+    return atBorders ? step * static_cast<float>(random.uniform(0, 11)) : random.uniform(0.0f, most);
+  };
   for (int i = 0; i < rows; ++i) {
     float* row = points.ptr<float>(i);
-    row[0] = origin + random.uniform(0.0f, 3.0f);
-    row[1] = -origin + random.uniform(0.0f, 2.0f);
+    row[0] = origin + place(3);
+    row[1] = -origin + place(2);
     row[2] = random.uniform(0.0f, side);
     row[3] = random.uniform(0.0f, side);
-    row[4] = static_cast<float>(random.uniform(0, 12)) / 50;
+    row[4] = static_cast<float>(random.uniform(0, atBorders ? 8 : 12)) / 50;
     row[5] = static_cast<float>(i);
   }
   return points;
@@ -121,7 +126,7 @@ TEST(SparsePoints, EqualsTheLiteralSteps) {
   cv::RNG random(7);
   int kept[16] = {};
   for (const int rows : {1, 5, 40, 700, 3000})
-    for (const float origin : {0.0f, 1e6f})  // there, many corners of cells round to one
+    for (const float origin : {0.0f, 1e6f})  // far out, many corners of cells round to one
       for (const float side : {0.15f, 6.0f})
         for (const int mostPoints : {40, 300, 0, -5, std::numeric_limits<int>::max()}) {
           const cv::Mat points = randomPoints(rows, origin, side, random);
@@ -140,6 +145,17 @@ TEST(SparsePoints, EqualsTheLiteralSteps) {
           }
         }
   for (const int method : {2, 3, 4, 5, 6}) EXPECT_GT(kept[method], 400) << method;
+}
+
+// There every rounding counts.
+TEST(SparsePoints, PointsAtBordersOfCells) {
+  cv::RNG random(11);
+  for (int cloud = 0; cloud < 200; ++cloud) {
+    const cv::Mat points = randomPoints(1500, 0, 0.15f, random, true);
+    cv::Mat out;
+    smoothSparse3D(points, out, sparseSettings(0x3000, 100, 0));
+    EXPECT_TRUE(sameMatrix(out, literal(points, 0x3000, 100))) << "cloud " << cloud;
+  }
 }
 
 // Numbers that are none, or not finite, or all equal, in the columns of places, of positions and of values.
