@@ -2,8 +2,8 @@
 #include <MirelAlgorithms/features/internal/DescriptorFamilies.h>
 #include <MirelAlgorithms/features/internal/TripletTable.h>
 #include <features/FeatureTest.h>
-#include <features/Matrices.h>
 #include <gtest/gtest.h>
+#include <support/Matrices.h>
 #include <support/ThrownText.h>
 
 #include <cmath>

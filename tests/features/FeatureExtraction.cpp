@@ -5,18 +5,13 @@
 #include <features/DetectionTest.h>
 #include <features/FeatureTest.h>
 #include <gtest/gtest.h>
+#include <support/Matrices.h>
 
 #include <algorithm>
 #include <cstring>
 
 namespace MirelAlgorithms {
 namespace {
-
-bool same(const cv::Mat& a, const cv::Mat& b) {
-  if (a.empty() || b.empty()) return a.empty() && b.empty();
-  return a.size() == b.size() && a.type() == b.type() && a.isContinuous() && b.isContinuous() &&
-         std::memcmp(a.data, b.data, a.total() * a.elemSize()) == 0;
-}
 
 cv::Mat matrixOf(const std::vector<cv::KeyPoint>& keyPoints) {
   cv::Mat matrix;
@@ -73,6 +68,7 @@ TEST(RetrieveFeatures, detectorsRunCellByCell) {
                                              {L"FBMEnhancement", 70000},
                                              {L"FBMnFeatures", budget}}),
                                  false));
+    EXPECT_TRUE(features.isContinuous());
     EXPECT_TRUE(same(features, matrixOf(expected)));
     EXPECT_TRUE(same(image, before));
   }
@@ -87,6 +83,7 @@ TEST(RetrieveFeatures, otherTypesRefineOrb) {
   for (const int type : {1, 7, -2}) {
     cv::Mat features;
     EXPECT_TRUE(retrieveFeatures(image, features, settingsOf({{L"FBMType", type}}), true));
+    EXPECT_TRUE(features.isContinuous());
     EXPECT_TRUE(same(features, matrixOf(expected))) << "FBMType " << type;
   }
 }

@@ -1,8 +1,8 @@
 #include <MirelAlgorithms/features/MirelScalingORB.h>
 #include <MirelAlgorithms/features/internal/OrbPattern.h>
 #include <MirelAlgorithms/frame/internal/CpuVariant.h>
-#include <features/Matrices.h>
 #include <gtest/gtest.h>
+#include <support/Matrices.h>
 #include <support/ThrownText.h>
 
 #include <algorithm>

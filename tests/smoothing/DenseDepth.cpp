@@ -1,12 +1,12 @@
 #include <MirelAlgorithms/smoothing/DenseDepth.h>
 #include <gtest/gtest.h>
+#include <support/Matrices.h>
+#include <support/SettingsOf.h>
 
 #include <algorithm>
 #include <opencv2/photo.hpp>
 #include <stdexcept>
 #include <vector>
-
-#include "SettingsOf.h"
 
 using namespace MirelAlgorithms;
 
@@ -65,9 +65,9 @@ TEST(DenseDepth, EqualsTheLiteralSteps) {
           cv::Mat out;
           const auto settings = denseSettings(mode, width);
           ASSERT_TRUE(smoothDenseZ16(image, out, settings));
-          EXPECT_TRUE(sameMatrix(out, wanted)) << size << " mode " << mode << " window " << width;
+          EXPECT_TRUE(same(out, wanted)) << size << " mode " << mode << " window " << width;
           ASSERT_TRUE(smoothDenseZ16(image, image, settings));
-          EXPECT_TRUE(sameMatrix(image, wanted)) << "in place, " << size << " mode " << mode << " window " << width;
+          EXPECT_TRUE(same(image, wanted)) << "in place, " << size << " mode " << mode << " window " << width;
         }
 }
 
@@ -77,7 +77,7 @@ TEST(DenseDepth, AHoleGrowsToItsWindowByDefaultFive) {
     image.at<ushort>(hole) = 0;
     wanted(cv::Rect(hole.x - 2, hole.y - 2, 5, 5) & cv::Rect(0, 0, 20, 16)) = 0;
     ASSERT_TRUE(smoothDenseZ16(image, out, {}));
-    EXPECT_TRUE(sameMatrix(out, wanted)) << hole;
+    EXPECT_TRUE(same(out, wanted)) << hole;
   }
 }
 
@@ -98,7 +98,7 @@ TEST(DenseDepth, WhatIsRefusedLeavesTheOutputAlone) {
   const cv::Mat wide(1, 8000, CV_16UC1, cv::Scalar(1));
   EXPECT_THROW(smoothDenseZ16(wide, out, denseSettings(1, 181)), std::invalid_argument);
   EXPECT_EQ(out.data, data);
-  EXPECT_TRUE(sameMatrix(out, before));
+  EXPECT_TRUE(same(out, before));
 }
 
 }  // namespace

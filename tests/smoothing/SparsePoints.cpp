@@ -1,5 +1,7 @@
 #include <MirelAlgorithms/smoothing/SparsePoints.h>
 #include <gtest/gtest.h>
+#include <support/Matrices.h>
+#include <support/SettingsOf.h>
 
 #include <cmath>
 #include <limits>
@@ -8,8 +10,6 @@
 #include <stdexcept>
 #include <tuple>
 #include <vector>
-
-#include "SettingsOf.h"
 
 using namespace MirelAlgorithms;
 
@@ -136,9 +136,9 @@ TEST(SparsePoints, EqualsTheLiteralSteps) {
             const std::uint64_t generator = cv::theRNG().state;
             cv::Mat out = points, again = points.clone();
             EXPECT_EQ(smoothSparse3D(points, out, settings), wanted.rows >= rows / 5);
-            EXPECT_TRUE(sameMatrix(out, wanted)) << rows << " rows, mode " << mode << ", aim " << mostPoints;
+            EXPECT_TRUE(same(out, wanted)) << rows << " rows, mode " << mode << ", aim " << mostPoints;
             smoothSparse3D(again, again, settings);
-            EXPECT_TRUE(sameMatrix(again, wanted)) << "in place, mode " << mode;
+            EXPECT_TRUE(same(again, wanted)) << "in place, mode " << mode;
             EXPECT_EQ(cv::theRNG().state, generator);
             EXPECT_NE(out.data, points.data);
             kept[mode >> 12] += out.rows;
@@ -154,7 +154,7 @@ TEST(SparsePoints, PointsAtBordersOfCells) {
     const cv::Mat points = randomPoints(1500, 0, 0.15f, random, true);
     cv::Mat out;
     smoothSparse3D(points, out, sparseSettings(0x3000, 100, 0));
-    EXPECT_TRUE(sameMatrix(out, literal(points, 0x3000, 100))) << "cloud " << cloud;
+    EXPECT_TRUE(same(out, literal(points, 0x3000, 100))) << "cloud " << cloud;
   }
 }
 
@@ -169,7 +169,7 @@ TEST(SparsePoints, HostilePointsAreTakenAsTheyAre) {
         for (const int mode : {0x2000, 0x3000, 0x4000}) {
           cv::Mat out;
           smoothSparse3D(points, out, sparseSettings(mode, 30, 0));
-          EXPECT_TRUE(sameMatrix(out, literal(points, mode, 30))) << hostile << " in " << column << ", mode " << mode;
+          EXPECT_TRUE(same(out, literal(points, mode, 30))) << hostile << " in " << column << ", mode " << mode;
         }
       }
   cv::Mat points = randomPoints(500, 0, 0.15f, random);
@@ -208,7 +208,7 @@ TEST(SparsePoints, LimitsOfACell) {
       cv::Mat out, wanted;
       for (const int row : rows) wanted.push_back(points.row(row));
       smoothSparse3D(points, out, sparseSettings(mode, 4, 1));
-      EXPECT_TRUE(sameMatrix(out, wanted)) << c.name << ", mode " << mode;
+      EXPECT_TRUE(same(out, wanted)) << c.name << ", mode " << mode;
     }
   }
 }

@@ -4,7 +4,6 @@
 #include <MirelAlgorithms/geometry/internal/VoxelIndex.h>
 
 #include <Eigen/Core>
-#include <limits>
 
 namespace MirelAlgorithms {
 

@@ -1,4 +1,4 @@
-/// Matrices that tests of descriptors make and compare.
+/// Matrices that tests make and compare.
 #pragma once
 
 #include <cstdint>

@@ -1,0 +1,19 @@
+/// Settings in one expression.
+#pragma once
+
+#include <MirelAlgorithms/Host.h>
+
+#include <initializer_list>
+#include <utility>
+
+namespace MirelAlgorithms {
+
+using Settings = SmartPtr<AttrContainer>;
+
+inline Settings settingsOf(std::initializer_list<std::pair<const wchar_t*, int>> values) {
+  Settings settings(new AttrContainer());
+  for (const auto& [key, value] : values) settings->set(key, value);
+  return settings;
+}
+
+}  // namespace MirelAlgorithms
