@@ -25,3 +25,6 @@
 #include <MirelAlgorithms/matching/ValidationParams.h>
 #include <MirelAlgorithms/smoothing/DenseDepth.h>
 #include <MirelAlgorithms/smoothing/SparsePoints.h>
+#include <MirelAlgorithms/texture/MultiMatch.h>
+#include <MirelAlgorithms/texture/TextureFeatures.h>
+#include <MirelAlgorithms/texture/TextureMatching.h>

@@ -5,6 +5,7 @@
 #include <MirelAlgorithms/features/internal/ExtractionSettings.h>
 #include <MirelAlgorithms/frame/internal/Settings.h>
 #include <MirelAlgorithms/smoothing/internal/SmoothingSettings.h>
+#include <MirelAlgorithms/texture/internal/TextureSettings.h>
 
 namespace MirelAlgorithms {
 
@@ -20,6 +21,11 @@ std::vector<SettingInfo> settingsCatalogue() {
   listSettings<DescriptorSettings>(list, "retrieveDescriptors");
   listSettings<DenseSettings>(list, "smoothDenseZ16");
   listSettings<SparseSettings>(list, "smoothSparse3D");
+  listSettings<TextureOrbSettings>(list, "textureExtract, textureMatch");
+  listSettings<TextureExtractionSettings>(list, "textureExtract");
+  listSettings<TextureMatchSettings>(list, "textureMatch");
+  listSettings<TextureDrawSettings>(list, "textureExtractAndMatch");
+  listSettings<MultiMatchSettings>(list, "textureMultiMatch");
   return list;
 }
 
