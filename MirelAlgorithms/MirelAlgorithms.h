@@ -23,6 +23,8 @@
 #include <MirelAlgorithms/matching/MatchRecords.h>
 #include <MirelAlgorithms/matching/MotionEstimate.h>
 #include <MirelAlgorithms/matching/ValidationParams.h>
+#include <MirelAlgorithms/mesh/MeshRecords.h>
+#include <MirelAlgorithms/mesh/MeshSimplification.h>
 #include <MirelAlgorithms/smoothing/DenseDepth.h>
 #include <MirelAlgorithms/smoothing/SparsePoints.h>
 #include <MirelAlgorithms/texture/MultiMatch.h>
