@@ -14,13 +14,13 @@ MILLISECONDS = {"ns": 1e-6, "us": 1e-3, "ms": 1.0, "s": 1e3}
 
 
 def medians(path):
-    """CPU time in milliseconds by benchmark name."""
+    """CPU time in milliseconds by benchmark name; of benchmarks that are run only once, that of this run."""
     with open(path) as file:
         results = json.load(file)
     return {
         entry["run_name"]: entry["cpu_time"] * MILLISECONDS[entry["time_unit"]]
         for entry in results["benchmarks"]
-        if entry.get("aggregate_name") == "median"
+        if entry.get("aggregate_name", "median") == "median"
     }
 
 

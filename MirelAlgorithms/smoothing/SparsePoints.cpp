@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <span>
 
 namespace MirelAlgorithms {
 namespace {
@@ -32,37 +33,51 @@ int decimationStep(int rows, int first, std::int64_t most) {
   return step;
 }
 
-float spread(const cv::Mat& points, const CellRows& cell, int column) {
-  const auto value = [&](int row) { return points.at<float>(row, column); };
-  float least = value(cell.front()), most = least;
-  for (const int row : cell) {
-    least = std::min(least, value(row));
-    most = std::max(most, value(row));
-  }
-  return most - least;
-}
+using Cell = std::span<const int>;
 
-bool isCompact(const cv::Mat& points, const CellRows& cell) {
+struct Spread {
+  float least, most;
+
+  explicit Spread(float first) : least(first), most(first) {}
+  void add(float value) {
+    least = std::min(least, value);
+    most = std::max(most, value);
+  }
+  float width() const { return most - least; }
+};
+
+bool isCompact(const cv::Mat& points, Cell cell) {
   constexpr double widest = 0.2, mostUneven = 0.1;
-  const float s2 = spread(points, cell, 2), s3 = spread(points, cell, 3), s4 = spread(points, cell, valueColumn);
+  const float* const first = points.ptr<float>(cell.front());
+  Spread spread2(first[2]), spread3(first[3]), spread4(first[valueColumn]);
+  for (const int i : cell) {
+    const float* const row = points.ptr<float>(i);
+    spread2.add(row[2]);
+    spread3.add(row[3]);
+    spread4.add(row[valueColumn]);
+  }
+  const float s2 = spread2.width(), s3 = spread3.width(), s4 = spread4.width();
   return !(s4 > widest || s2 > widest || s3 > widest || std::abs(s2 - s3) > mostUneven);
 }
 
 // The rows at or below the mean, all of them or every second one.
-void keepLower(const cv::Mat& points, const CellRows& cell, int divisor, Rows& kept) {
+void keepLower(const cv::Mat& points, Cell cell, int divisor, Rows& kept) {
+  const auto value = [&](int row) { return points.ptr<float>(row)[valueColumn]; };
   double sum = 0.0;
-  for (const int row : cell) sum += points.at<float>(row, valueColumn);
+  for (const int row : cell) sum += value(row);
   const double mean = sum / static_cast<double>(cell.size());
   int qualified = 0;
   for (const int row : cell)
-    if (mean >= points.at<float>(row, valueColumn) && ++qualified % divisor != 1) kept.push_back(row);
+    if (mean >= value(row) && ++qualified % divisor != 1) kept.push_back(row);
 }
 
 Rows lowerRowsOfCells(const cv::Mat& points, int mostCells, int divisor) {
   constexpr std::size_t fewestRows = 6;
+  const GridCells cells(points, mostCells);
   Rows kept;
-  for (const CellRows& cell : rowsByCell(points, mostCells, fewestRows))
-    if (isCompact(points, cell)) keepLower(points, cell, divisor, kept);
+  for (std::size_t k = 0; k < cells.size(); ++k)
+    if (const Cell cell = cells.rows(k); cell.size() >= fewestRows && isCompact(points, cell))
+      keepLower(points, cell, divisor, kept);
   return kept;
 }
 
