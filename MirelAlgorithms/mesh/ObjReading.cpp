@@ -91,6 +91,7 @@ void ObjReader::readFace(std::string_view line) {
 // What stands behind the keyword and one more character, up to a zero byte.
 std::string ObjReader::name(std::string_view line) const {
   constexpr std::size_t start = 7;
+  line = line.substr(0, line.find('\0'));
   std::string text(line.substr(std::min(start, line.size())));
   return mesh_.trimwhitespace(text.data());
 }
