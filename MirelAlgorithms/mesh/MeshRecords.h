@@ -60,7 +60,7 @@ struct SymetricMatrix {
   /// Determinant of the 3 x 3 matrix whose elements are the coefficients with these numbers, 0 to 9, not checked. By
   /// the rule of Sarrus, from left to right:
   ///
-  ///     a11 a22 a33 + a12 a23 a31 + a13 a21 a32 - a13 a22 a31 - a12 a21 a33 - a11 a23 a32
+  ///     a11 a22 a33 + a13 a21 a32 + a12 a23 a31 - a13 a22 a31 - a11 a23 a32 - a12 a21 a33
   MIREL_API double det(int a11, int a12, int a13, int a21, int a22, int a23, int a31, int a32, int a33) const;
 };
 

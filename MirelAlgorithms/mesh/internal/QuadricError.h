@@ -22,7 +22,7 @@ inline double smaller(double a, double b) { return a < b ? a : b; }
 
 inline double determinant(double a11, double a12, double a13, double a21, double a22, double a23, double a31,
                           double a32, double a33) {
-  return a11 * a22 * a33 + a12 * a23 * a31 + a13 * a21 * a32 - a13 * a22 * a31 - a12 * a21 * a33 - a11 * a23 * a32;
+  return a11 * a22 * a33 + a13 * a21 * a32 + a12 * a23 * a31 - a13 * a22 * a31 - a11 * a23 * a32 - a12 * a21 * a33;
 }
 
 /// (x, y, z, 1) Q (x, y, z, 1)^T.
