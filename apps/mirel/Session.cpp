@@ -53,6 +53,8 @@ void Session::finish(Report& report, const std::vector<InputFile>& inputs, const
   checkInterrupt();
   folder().write("run.json", jsonText(report.run));
   folder().write("report.html", report.html());
+  for (const InputFile& input : inputs) folder().checkSpares(input.path);
+  for (const auto& file : files_) folder().checkSpares(file->target());
   for (const auto& file : files_) file->commit();
   folder().commit(numberedPrefix);
   if (options_.json) {

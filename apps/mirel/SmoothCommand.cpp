@@ -84,13 +84,7 @@ void readAxis(const CsvTable& table, SmoothResult& result) {
 std::vector<double> readColumn(const CsvTable& table, std::size_t column) {
   constexpr double largest = 1e300;  // sums of weighted samples stay below the end of double
   std::vector<double> values;
-  for (std::size_t row = 0; row < table.rows(); ++row) {
-    values.push_back(table.number(row, column));
-    if (std::abs(values.back()) > largest) {
-      throw table.errorAt(
-          row, fmt::format("{}: {} given, at most {:g} expected", table.describe(column), values.back(), largest));
-    }
-  }
+  for (std::size_t row = 0; row < table.rows(); ++row) values.push_back(table.number(row, column, largest));
   return values;
 }
 
@@ -108,16 +102,6 @@ SmoothedColumn smoothColumn(const CsvTable& table, std::size_t column, int windo
   }
   result.rmsChange = std::sqrt(sum / static_cast<double>(result.before.size()));
   return result;
-}
-
-/// A cell as RFC 4180 wants it.
-std::string csvCell(std::string_view cell) {
-  if (cell.find_first_of(",\"") == std::string_view::npos && (cell.empty() || (cell[0] != '#' && cell[0] != '%'))) {
-    return std::string(cell);
-  }
-  std::string text = "\"";
-  for (const char c : cell) text += c == '"' ? "\"\"" : std::string(1, c);
-  return text + "\"";
 }
 
 void writeTable(const OutputFolder& folder, const CsvTable& table, const SmoothResult& result) {

@@ -160,6 +160,13 @@ double CsvTable::number(std::size_t row, std::size_t column) const {
                                  text.empty() ? "nothing" : shown(text)));
 }
 
+double CsvTable::number(std::size_t row, std::size_t column, double most) const {
+  const double value = number(row, column);
+  if (std::abs(value) <= most) return value;
+  throw errorAt(
+      row, fmt::format("{}: {:g} given, a number from {:g} to {:g} expected", describe(column), value, -most, most));
+}
+
 std::size_t CsvTable::columnOf(const std::string& option, const std::string& text) const {
   const auto matches = std::count(heads_.begin(), heads_.end(), text);
   if (hasHeads_ && matches > 1) {

@@ -38,6 +38,9 @@ class CsvTable {
   /// The finite number in a cell; throws `UsageError` that says where it is missing.
   double number(std::size_t row, std::size_t column) const;
 
+  /// The same, refused beyond -most and most.
+  double number(std::size_t row, std::size_t column, double most) const;
+
   /// The column that a user means by a head or a number from 1 on; throws `UsageError` that begins with `option`.
   std::size_t columnOf(const std::string& option, const std::string& text) const;
 

@@ -39,14 +39,38 @@ std::string readStandardInput(const FileKind& wanted) {
   return bytes;
 }
 
-cv::Mat decodeQuietly(std::string_view bytes) {
+cv::Mat decodeQuietly(std::string_view bytes, int mode) {
   const QuietStderr quiet;
   try {
     const cv::Mat buffer(1, static_cast<int>(bytes.size()), CV_8U, const_cast<char*>(bytes.data()));
-    return cv::imdecode(buffer, cv::IMREAD_GRAYSCALE);
+    return cv::imdecode(buffer, mode);
   } catch (const cv::Exception&) {
     return {};
   }
+}
+
+cv::Mat decode(const std::string& name, std::string_view bytes, int mode) {
+  if (const auto header = readImageHeader(bytes)) {
+    checkPixels(name, header->width, header->height);
+    if (!header->complete) throw UsageError(name + ": the image ends too early, a whole file expected");
+  }
+  cv::Mat image = bytes.size() <= INT_MAX ? decodeQuietly(bytes, mode) : cv::Mat();
+  if (image.empty()) throw UsageError(name + ": not an image that can be read (PNG, JPEG, TIFF, BMP, PNM, WebP, ...)");
+  checkPixels(name, image.cols, image.rows);
+  return image;
+}
+
+std::string kindOfPixels(const cv::Mat& image) {
+  constexpr const char* depths[] = {"8-bit",
+                                    "signed 8-bit",
+                                    "16-bit",
+                                    "signed 16-bit",
+                                    "32-bit integer",
+                                    "32-bit floating-point",
+                                    "64-bit floating-point",
+                                    "16-bit floating-point"};
+  const std::string channels = image.channels() == 1 ? "grey" : fmt::format("in {} channels", image.channels());
+  return fmt::format("{} {}", depths[image.depth()], channels);
 }
 
 }  // namespace
@@ -84,14 +108,13 @@ void checkPixels(const std::string& name, std::uint64_t width, std::uint64_t hei
 }
 
 cv::Mat decodeImage(const std::string& name, std::string_view bytes) {
-  if (const auto header = readImageHeader(bytes)) {
-    checkPixels(name, header->width, header->height);
-    if (!header->complete) throw UsageError(name + ": the image ends too early, a whole file expected");
-  }
-  cv::Mat grey = bytes.size() <= INT_MAX ? decodeQuietly(bytes) : cv::Mat();
-  if (grey.empty()) throw UsageError(name + ": not an image that can be read (PNG, JPEG, TIFF, BMP, PNM, WebP, ...)");
-  checkPixels(name, grey.cols, grey.rows);
-  return grey;
+  return decode(name, bytes, cv::IMREAD_GRAYSCALE);
+}
+
+cv::Mat decodeDepth(const std::string& name, std::string_view bytes) {
+  cv::Mat depth = decode(name, bytes, cv::IMREAD_UNCHANGED);
+  if (depth.type() != CV_16UC1) throw UsageError(name + ": " + kindOfPixels(depth) + " given, 16-bit grey expected");
+  return depth;
 }
 
 }  // namespace mirel

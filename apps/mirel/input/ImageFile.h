@@ -15,6 +15,7 @@ struct FileKind {
   const char *name, *example;
 };
 inline constexpr FileKind imageFile = {"an image or a video", "*.png"};
+inline constexpr FileKind depthFile = {"a 16-bit grey image", "depth.png"};
 inline constexpr FileKind tableFile = {"a table of numbers", "log.csv"};
 
 /// Throws `UsageError` unless the path leads to a file that has content and is neither a folder nor a device.
@@ -28,6 +29,9 @@ std::string readBytes(const std::string& path, const FileKind& wanted = imageFil
 /// Throws `UsageError` when it is no image, ends too early or has more than `maxPixels`; where the format's head tells
 /// the size that is seen before anything is decoded.
 cv::Mat decodeImage(const std::string& name, std::string_view bytes);
+
+/// The same for a depth image, which stays as it is: CV_16UC1. Throws `UsageError` for other depths and channels too.
+cv::Mat decodeDepth(const std::string& name, std::string_view bytes);
 
 /// Throws `UsageError` for more than `maxPixels`.
 void checkPixels(const std::string& name, std::uint64_t width, std::uint64_t height);

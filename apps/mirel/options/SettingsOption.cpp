@@ -30,7 +30,13 @@ bool parse(const std::string& text, bool& value) {
   return true;
 }
 
-bool parse(const std::string& text, int& value) { return parseNumber(text, value); }
+bool parse(const std::string& text, int& value) {
+  if (!text.starts_with("0x")) return parseNumber(text, value);
+  const char* end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data() + 2, end, value, 16);
+  return error == std::errc() && stop == end && text[2] != '-';
+}
+
 bool parse(const std::string& text, double& value) { return parseNumber(text, value) && std::isfinite(value); }
 
 bool parse(const std::string& text, std::wstring& value) {

@@ -11,10 +11,16 @@
 
 namespace mirel {
 
+/// A cell of text, in quotes where it needs them.
+std::string csvCell(std::string_view cell);
+
 /// A table of numbers under one line of heads, written as it grows; numbers read back as the same values.
 class Csv {
  public:
   Csv(const OutputFolder& folder, const std::string& name, std::string_view head);
+
+  /// A file of the user's choice, which messages call `shown`.
+  Csv(const StagedFile& file, std::string shown, std::string_view head);
 
   template <class First, class... Rest>
   void row(const First& first, const Rest&... rest) {

@@ -31,6 +31,14 @@ UsageError cannotWrite(const fs::path& path, const std::string& reason) {
   return UsageError(fmt::format("{}: cannot be written: {}", path.string(), reason));
 }
 
+/// @param shown  name of the file in messages
+void writeWhole(const fs::path& path, std::string_view bytes, const fs::path& shown) {
+  std::ofstream stream(path, std::ios::binary);
+  stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  stream.close();
+  if (!stream) throw cannotWrite(shown, "the disk does not take it");
+}
+
 bool isNumbered(const std::string& name, const std::string& prefix) {
   constexpr std::string_view ending = ".png";
   if (!name.starts_with(prefix) || !name.ends_with(ending)) return false;
@@ -60,10 +68,7 @@ OutputFolder::~OutputFolder() {
 }
 
 void OutputFolder::write(const std::string& name, std::string_view bytes) {
-  std::ofstream stream(staging_ / name, std::ios::binary);
-  stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-  stream.close();
-  if (!stream) throw cannotWrite(folder_ / name, "the disk does not take it");
+  writeWhole(staging_ / name, bytes, folder_ / name);
 }
 
 void OutputFolder::writePicture(const std::string& name, const cv::Mat& picture) {
@@ -73,6 +78,17 @@ void OutputFolder::writePicture(const std::string& name, const cv::Mat& picture)
 }
 
 std::string OutputFolder::stagingFolder() const { return (staging_ / "").string(); }
+
+void OutputFolder::checkSpares(const fs::path& file) const {
+  std::error_code ignored;
+  const fs::path spared = fs::weakly_canonical(file, ignored);
+  for (const fs::directory_entry& staged : fs::directory_iterator(staging_)) {
+    const fs::path name = staged.path().filename();
+    if (fs::weakly_canonical(folder_ / name, ignored) != spared) continue;
+    throw UsageError(fmt::format("--out {}: the run's own {} would take the place of {}; another folder expected",
+                                 folder_.string(), name.string(), file.string()));
+  }
+}
 
 void OutputFolder::commit(const std::string& numberedPrefix) {
   if (!numberedPrefix.empty()) removeEarlier(numberedPrefix);
@@ -96,6 +112,12 @@ void OutputFolder::removeEarlier(const std::string& numberedPrefix) const {
 
 StagedFile::StagedFile(fs::path target) : target_(std::move(target)) {
   if (fs::is_directory(target_)) throw UsageError(target_.string() + ": a folder, a file name expected");
+  if (fs::exists(target_) && !fs::is_regular_file(target_)) {
+    throw UsageError(target_.string() + ": a device, a file name expected");
+  }
+  if (target_.has_parent_path() && !fs::is_directory(target_.parent_path())) {
+    throw cannotWrite(target_, "there is no folder " + target_.parent_path().string());
+  }
   staged_ = target_.parent_path() / fmt::format(".mirel-unfinished-{}-{}", processId(), target_.filename().string());
 }
 
@@ -104,7 +126,10 @@ StagedFile::~StagedFile() {
   fs::remove(staged_, ignored);
 }
 
+void StagedFile::write(std::string_view bytes) const { writeWhole(staged_, bytes, target_); }
+
 void StagedFile::commit() {
+  if (!fs::exists(staged_)) return;
   std::error_code error;
   fs::rename(staged_, target_, error);
   if (error) throw cannotWrite(target_, error.message());

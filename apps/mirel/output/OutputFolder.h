@@ -31,6 +31,9 @@ class OutputFolder {
   /// Path of a result as it is shown to the user.
   std::string shownPath(const std::string& name) const { return (folder_ / name).string(); }
 
+  /// Throws `UsageError` when `commit` would write over this file, one that the user has named.
+  void checkSpares(const std::filesystem::path& file) const;
+
   /// Moves all files to their places, over those of an earlier run. Numbered files of an earlier run that start with
   /// `numberedPrefix`, go on with digits only and end in .png are removed where this run has none of that name.
   void commit(const std::string& numberedPrefix = {});
@@ -43,9 +46,10 @@ class OutputFolder {
   std::vector<std::filesystem::path> made_;  ///< folders made by this run, outermost first
 };
 
-/// One file outside the folder of results, moved to its place by `commit`.
+/// One file outside the folder of results, moved to its place by `commit` if it has been written.
 class StagedFile {
  public:
+  /// Throws `UsageError` for a folder or a device, and where there is no folder for the file.
   explicit StagedFile(std::filesystem::path target);
   StagedFile(const StagedFile&) = delete;
   StagedFile& operator=(const StagedFile&) = delete;
@@ -53,6 +57,11 @@ class StagedFile {
 
   /// Where to write; has the target's extension.
   const std::filesystem::path& path() const { return staged_; }
+
+  const std::filesystem::path& target() const { return target_; }
+
+  /// Writes the whole file; throws `UsageError` when the disk does not take it.
+  void write(std::string_view bytes) const;
 
   void commit();
 

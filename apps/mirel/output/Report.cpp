@@ -73,9 +73,15 @@ std::string picturesHtml(const std::vector<ReportPicture>& pictures) {
   if (pictures.empty()) return {};
   std::string html = "<section>\n<h2>Pictures</h2>\n";
   for (const ReportPicture& picture : pictures) {
+    std::string narrow;
+    if (!picture.narrow.empty()) {
+      narrow = fmt::format("<source media=\"(max-width: 600px)\" srcset=\"data:image/jpeg;base64,{}\">",
+                           base64(picture.narrow));
+    }
     html += fmt::format(
-        "<figure><img alt=\"{0}\" src=\"data:image/jpeg;base64,{1}\"><figcaption>{0}</figcaption></figure>\n",
-        escape(picture.caption), base64(picture.jpeg));
+        "<figure><picture>{2}<img alt=\"{0}\" src=\"data:image/jpeg;base64,{1}\"></picture>"
+        "<figcaption>{0}</figcaption></figure>\n",
+        escape(picture.caption), base64(picture.jpeg), narrow);
   }
   return html + "</section>\n";
 }

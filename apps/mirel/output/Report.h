@@ -16,7 +16,8 @@ struct ReportFact {
 
 struct ReportPicture {
   std::string caption;
-  std::string jpeg;  ///< as `reportJpeg` gives it
+  std::string jpeg;         ///< as `reportJpeg` gives it
+  std::string narrow = {};  ///< the same for screens as narrow as a telephone's; may be empty
 };
 
 struct ReportChart {

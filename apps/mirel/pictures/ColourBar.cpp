@@ -24,7 +24,36 @@ const cv::Mat3b& palette() {
   return colours;
 }
 
+/// Blue over white to red, dark at both ends.
+const cv::Mat3b& divergingPalette() {
+  static const cv::Mat3b colours = [] {
+    const cv::Mat3b stops = (cv::Mat3b(1, 5) << cv::Vec3b(120, 40, 10), cv::Vec3b(215, 150, 70),
+                             cv::Vec3b(248, 248, 248), cv::Vec3b(90, 130, 240), cv::Vec3b(25, 0, 130));
+    cv::Mat3b mapped(1, 256);
+    for (int i = 0; i < 256; ++i) {
+      const double at = i / 255.0 * (stops.cols - 1);
+      const int left = std::min(static_cast<int>(at), stops.cols - 2);
+      mapped(0, i) = stops(0, left) * (left + 1 - at) + stops(0, left + 1) * (at - left);
+    }
+    return mapped;
+  }();
+  return colours;
+}
+
+/// Large numbers in full.
+std::string numberText(double value) {
+  return std::abs(value) >= 1000 && std::abs(value) < 1e6 ? fmt::format("{:.0f}", value) : fmt::format("{:.3g}", value);
+}
+
 }  // namespace
+
+ColourScale ColourScale::diverging(double most) {
+  ColourScale scale({-most, most}, false);
+  scale.diverging_ = true;
+  return scale;
+}
+
+const cv::Mat3b& ColourScale::colours() const { return diverging_ ? divergingPalette() : palette(); }
 
 ColourScale::ColourScale(const std::vector<double>& values, bool mayBeLogarithmic) {
   if (values.empty()) return;
@@ -46,7 +75,7 @@ double ColourScale::valueAt(double position) const {
 }
 
 cv::Scalar ColourScale::colour(double value) const {
-  const cv::Vec3b c = palette()(0, static_cast<int>(std::lround(position(value) * 255)));
+  const cv::Vec3b c = colours()(0, static_cast<int>(std::lround(position(value) * 255)));
   return {static_cast<double>(c[0]), static_cast<double>(c[1]), static_cast<double>(c[2])};
 }
 
@@ -55,19 +84,20 @@ void ColourScale::drawBar(cv::Mat& picture, cv::Rect area, const std::string& ti
   constexpr double height = 11;
   constexpr int barHeight = 14, gap = 12;
   if (!(high_ > low_)) {  // nothing for a bar to tell apart
-    drawText(picture, fmt::format("{}: {:.3g} everywhere", title, low_), {area.x, area.y + barHeight - 2}, height, ink);
+    drawText(picture, fmt::format("{}: {} everywhere", title, numberText(low_)), {area.x, area.y + barHeight - 2},
+             height, ink);
     return;
   }
   const std::string label = title + (logarithmic_ ? " (log scale)" : "");
   drawText(picture, label, {area.x, area.y + barHeight - 2}, height, ink);
   const int left = area.x + textWidth(label, height) + gap;
   const cv::Rect bar(left, area.y, std::max(120, std::min(320, area.x + area.width - left - 40)), barHeight);
-  cv::Mat colours;
-  cv::resize(palette(), colours, bar.size(), 0, 0, cv::INTER_LINEAR);
-  colours.copyTo(picture(bar));
+  cv::Mat gradient;
+  cv::resize(colours(), gradient, bar.size(), 0, 0, cv::INTER_LINEAR);
+  gradient.copyTo(picture(bar));
   cv::rectangle(picture, bar, ink);
   for (const double at : {0.0, 0.5, 1.0}) {
-    const std::string number = fmt::format("{:.3g}", valueAt(at));
+    const std::string number = numberText(valueAt(at));
     const int x = bar.x + static_cast<int>(at * (bar.width - 1));
     drawLine(picture, cv::Point2f(x, bar.y + barHeight), cv::Point2f(x, bar.y + barHeight + 4), ink, 1);
     drawText(picture, number, {x - textWidth(number, height) / 2, bar.y + barHeight + 18}, height, ink);

@@ -8,11 +8,14 @@
 
 namespace mirel {
 
-/// Colours for a range of numbers, from blue (low) over green to red (high).
+/// Colours for a range of numbers, from blue (low) over green to red (high), or for differences.
 class ColourScale {
  public:
   /// The range of the values; logarithmic when `mayBeLogarithmic` and the positive values span more than 1 : 30.
   ColourScale(const std::vector<double>& values, bool mayBeLogarithmic);
+
+  /// Around 0: from blue (-most) over white to red (most).
+  static ColourScale diverging(double most);
 
   cv::Scalar colour(double value) const;
 
@@ -23,10 +26,11 @@ class ColourScale {
  private:
   double position(double value) const;
   double valueAt(double position) const;
+  const cv::Mat3b& colours() const;
 
   bool empty_ = true;
   double low_ = 0, high_ = 1;
-  bool logarithmic_ = false;
+  bool logarithmic_ = false, diverging_ = false;
 };
 
 }  // namespace mirel

@@ -74,8 +74,8 @@ void drawDot(cv::Mat& picture, cv::Point2f centre, double radius, const cv::Scal
   drawCircle(picture, centre, radius, colour, cv::FILLED);
 }
 
-Sheet::Sheet(const cv::Mat& view, const std::vector<std::string>& lines) {
-  constexpr int margin = 16, lineStep = 24, footerHeight = 40, leastWidth = 720;
+Sheet::Sheet(const cv::Mat& view, const std::vector<std::string>& lines, int footerHeight) {
+  constexpr int margin = 16, lineStep = 24, leastWidth = 720;
   constexpr double titleHeight = 15, lineHeight = 11;
   const int header = margin + lineStep * static_cast<int>(lines.size()) + 8;
   const int width = std::max(leastWidth, view.cols + 2 * margin);

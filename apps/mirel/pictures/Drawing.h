@@ -42,7 +42,7 @@ void drawDot(cv::Mat& picture, cv::Point2f centre, double radius, const cv::Scal
 /// A white sheet around a view: lines of text above it (the first one larger), room for a colour bar below.
 class Sheet {
  public:
-  Sheet(const cv::Mat& view, const std::vector<std::string>& lines);
+  Sheet(const cv::Mat& view, const std::vector<std::string>& lines, int footerHeight = 40);
 
   cv::Mat& picture() { return picture_; }
 

@@ -44,13 +44,6 @@ std::array<std::size_t, 4> chooseColumns(const CsvTable& table, const std::strin
   return columns;
 }
 
-double readCoordinate(const CsvTable& table, std::size_t row, std::size_t column) {
-  const double value = table.number(row, column);
-  if (std::abs(value) <= farthest) return value;
-  throw table.errorAt(row, fmt::format("{}: {:g} given, a number from {:g} to {:g} expected", table.describe(column),
-                                       value, -farthest, farthest));
-}
-
 int readPoseNumber(const CsvTable& table, std::size_t row, std::size_t column) {
   const double value = table.number(row, column);
   if (value == std::floor(value) && value >= INT_MIN && value <= INT_MAX) return static_cast<int>(value);
@@ -126,9 +119,8 @@ PosedPoints readPosedPoints(const CsvTable& table, const std::string& columns, c
       throw table.errorAt(
           row, fmt::format("{}: {} has no pose with the number {}", table.describe(pose), poseFileName, number));
     }
-    points.emplace_back(
-        Eigen::Vector3d(readCoordinate(table, row, x), readCoordinate(table, row, y), readCoordinate(table, row, z)),
-        number);
+    const auto coordinate = [&](std::size_t column) { return table.number(row, column, farthest); };
+    points.emplace_back(Eigen::Vector3d(coordinate(x), coordinate(y), coordinate(z)), number);
   }
   return points;
 }
