@@ -9,9 +9,14 @@
 #include <cstddef>
 #include <cstdio>
 #include <limits>
+#include <vector>
 
 namespace MirelAlgorithms {
 namespace {
+
+void removeDeleted(std::vector<Triangle>& triangles) {
+  std::erase_if(triangles, [](const Triangle& triangle) { return triangle.deleted != 0; });
+}
 
 // Removes deleted triangles; marks the vertices of the others with a count of 1, the rest with 0.
 void compactTriangles(std::vector<Triangle>& triangles, std::vector<Vertex>& vertices) {
@@ -40,14 +45,17 @@ void MeshSimplification::simplify_mesh(int target_count, double aggressiveness, 
   constexpr int passes = 100, passesPerUpdate = 5;
   requireVertices("simplify_mesh", *this, true);
   for (Triangle& triangle : triangles) triangle.deleted = 0;
-  EdgeCollapse collapse(triangles, vertices, refs);
   long long left = static_cast<long long>(triangles.size());
-  for (int iteration = 0; iteration < passes && left > target_count; ++iteration) {
-    const bool update = iteration % passesPerUpdate == 0;
-    if (update) updateMesh(iteration, triangles, vertices, refs);
-    const double threshold = 0.000000001 * std::pow(static_cast<double>(iteration + 3), aggressiveness);
-    if (verbose && update) std::printf("iteration %d - triangles %lld threshold %g\n", iteration, left, threshold);
-    left -= collapse.pass(threshold, left - target_count);
+  if (left > target_count) {
+    EdgeCollapse collapse(triangles, vertices, refs);
+    for (int iteration = 0; iteration < passes && left > target_count; ++iteration) {
+      const bool update = iteration % passesPerUpdate == 0;
+      if (update) collapse.update(iteration);
+      const double threshold = 0.000000001 * std::pow(static_cast<double>(iteration + 3), aggressiveness);
+      if (verbose && update) std::printf("iteration %d - triangles %lld threshold %g\n", iteration, left, threshold);
+      left -= collapse.pass(threshold, left - target_count);
+    }
+    collapse.finish();
   }
   compact_mesh();
 }
@@ -58,16 +66,23 @@ void MeshSimplification::simplify_mesh_lossless(bool verbose) {
   requireVertices("simplify_mesh_lossless", *this, true);
   EdgeCollapse collapse(triangles, vertices, refs);
   for (int iteration = 0; iteration < passes; ++iteration) {
-    updateMesh(iteration, triangles, vertices, refs);
+    collapse.update(iteration);
     if (verbose) std::printf("lossless iteration %d\n", iteration);
     if (collapse.pass(threshold, LLONG_MAX) == 0) break;
   }
+  collapse.finish();
   compact_mesh();
 }
 
 void MeshSimplification::update_mesh(int iteration) {
   requireVertices("update_mesh", *this, iteration <= 0);
-  updateMesh(iteration, triangles, vertices, refs);
+  if (iteration > 0) removeDeleted(triangles);
+  if (iteration == 0) {
+    computeQuadrics(triangles, vertices);
+    for (Triangle& triangle : triangles) triangle.err[3] = fan::setErrors(triangle, vertices.data());
+  }
+  listReferences(triangles, vertices, refs);
+  if (iteration == 0) markBorders(triangles, vertices, refs);
 }
 
 double MeshSimplification::calculate_error(int id_v1, int id_v2, vec3f& p_result) {
@@ -93,7 +108,7 @@ void MeshSimplification::update_triangles(int i0, Vertex& v, std::vector<int>& d
 
 void MeshSimplification::update_uvs(int /*i0*/, const Vertex& v, const vec3f& p, std::vector<int>& deleted) {
   requireFan("update_uvs", "v.tstart", *this, v, deleted);
-  fan::blendUvs(v, p, deleted.data(), refs.data(), triangles.data(), vertices.data());
+  fan::moveUvs(v, p, deleted.data(), refs.data(), triangles.data(), vertices.data());
 }
 
 vec3f MeshSimplification::barycentric(const vec3f& p, const vec3f& a, const vec3f& b, const vec3f& c) {

@@ -10,14 +10,26 @@ namespace MirelAlgorithms::fan {
 
 inline int after(int corner) { return corner == 2 ? 0 : corner + 1; }
 
-/// Errors of the three edges of a triangle, and the smallest.
-inline void setErrors(Triangle& triangle, const Vertex* vertices) {
+/// The smallest of three errors.
+inline double smallest(const double* err) { return quadric::smaller(err[0], quadric::smaller(err[1], err[2])); }
+
+/// Sets the errors of the three edges of a triangle; returns the smallest.
+template <class Triangle>
+double setErrors(Triangle& triangle, const Vertex* vertices) {
   const Vertex &a = vertices[triangle.v[0]], &b = vertices[triangle.v[1]], &c = vertices[triangle.v[2]];
   vec3f position;
   triangle.err[0] = quadric::collapseError(a, b, position);
   triangle.err[1] = quadric::collapseError(b, c, position);
   triangle.err[2] = quadric::collapseError(c, a, position);
-  triangle.err[3] = quadric::smaller(triangle.err[0], quadric::smaller(triangle.err[1], triangle.err[2]));
+  return smallest(triangle.err);
+}
+
+/// Whether two unit vectors from a corner leave hardly any angle between them.
+inline bool isSliver(const vec3f& d1, const vec3f& d2) { return std::fabs(quadric::dot(d1, d2)) > 0.999; }
+
+/// Whether the triangle between them is turned too far from its normal.
+inline bool isTurned(const vec3f& d1, const vec3f& d2, const vec3f& normal) {
+  return quadric::dot(quadric::normalized(quadric::cross(d1, d2)), normal) < 0.2;
 }
 
 /// Whether moving `vertex` to `p` turns a triangle around it too far or makes it a sliver. `deleted` gets 1 for the
@@ -34,9 +46,9 @@ inline bool flips(const vec3f& p, int other, const Vertex& vertex, const Ref* re
       continue;
     }
     const vec3f d1 = quadric::normalized(vertices[id1].p - p), d2 = quadric::normalized(vertices[id2].p - p);
-    if (std::fabs(quadric::dot(d1, d2)) > 0.999) return true;
+    if (isSliver(d1, d2)) return true;
     deleted[k] = 0;
-    if (quadric::dot(quadric::normalized(quadric::cross(d1, d2)), triangle.n) < 0.2) return true;
+    if (isTurned(d1, d2, triangle.n)) return true;
   }
   return false;
 }
@@ -57,21 +69,24 @@ inline int handOver(int i0, const Vertex& vertex, const int* deleted, std::vecto
     }
     triangle.v[ref.tvertex] = i0;
     triangle.dirty = 1;
-    setErrors(triangle, vertices.data());
+    triangle.err[3] = setErrors(triangle, vertices.data());
     refs.push_back(ref);
   }
   return count;
 }
 
-/// Moves the texture coordinates at `vertex` to the point `p` in all triangles around it that are not marked.
-inline void blendUvs(const Vertex& vertex, const vec3f& p, const int* deleted, const Ref* refs, Triangle* triangles,
-                     const Vertex* vertices) {
+/// Moves the texture coordinates at a corner of a triangle along to the point `p`.
+inline void moveUv(vec3f* uvs, int corner, const vec3f& p, const int* v, const Vertex* vertices) {
+  uvs[corner] = quadric::interpolate(p, vertices[v[0]].p, vertices[v[1]].p, vertices[v[2]].p, uvs);
+}
+
+/// The same in all triangles around `vertex` that are not marked.
+inline void moveUvs(const Vertex& vertex, const vec3f& p, const int* deleted, const Ref* refs, Triangle* triangles,
+                    const Vertex* vertices) {
   for (int k = 0; k < vertex.tcount; ++k) {
     const Ref& ref = refs[vertex.tstart + k];
     Triangle& triangle = triangles[ref.tid];
-    if (triangle.deleted || deleted[k]) continue;
-    triangle.uvs[ref.tvertex] = quadric::interpolate(p, vertices[triangle.v[0]].p, vertices[triangle.v[1]].p,
-                                                     vertices[triangle.v[2]].p, triangle.uvs);
+    if (!triangle.deleted && !deleted[k]) moveUv(triangle.uvs, ref.tvertex, p, triangle.v, vertices);
   }
 }
 
