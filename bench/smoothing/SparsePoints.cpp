@@ -136,7 +136,7 @@ template <class... Arguments>
 void add(const char* name, const Size& size, bool once, Arguments... arguments) {
   auto* added = benchmark::RegisterBenchmark((std::string(name) + size.name).c_str(), arguments...);
   added->Unit(benchmark::kMillisecond);
-  if (once) added->Iterations(1)->Repetitions(1);
+  if (once) added->Repetitions(1);
 }
 
 [[maybe_unused]] const bool registered = [] {
