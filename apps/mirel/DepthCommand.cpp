@@ -99,8 +99,8 @@ class DepthCommand : public Command {
            reportJpeg(picture.sheet), reportJpeg(picture.stacked)});
     });
     const bool kept = change.validAfter > 0;
-    const std::string files =
-        (kept ? summaryLine("smoothed", out_) : "") + summaryLine("picture", session.folder().shownPath("before_after.png"));
+    const std::string files = (kept ? summaryLine("smoothed", out_) : "") +
+                              summaryLine("picture", session.folder().shownPath("before_after.png"));
     session.finish(report, inputs, summaryText(change) + files);
     if (kept) return success;
     fmt::print(stderr, "mirel depth: {}: no pixel keeps its depth, {} of {} had one; {} is not written\n", change.image,
