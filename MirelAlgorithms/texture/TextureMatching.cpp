@@ -1,3 +1,4 @@
+#include <MirelAlgorithms/frame/internal/Require.h>
 #include <MirelAlgorithms/frame/internal/Settings.h>
 #include <MirelAlgorithms/texture/TextureMatching.h>
 #include <MirelAlgorithms/texture/internal/Display.h>
@@ -17,6 +18,8 @@ namespace {
 std::vector<cv::DMatch> agreedMatches(const char* function, const cv::Mat& descriptors1, const cv::Mat& descriptors2,
                                       int norm, double ratio) {
   if (descriptors1.empty() || descriptors2.empty()) return {};
+  if (norm != cv::NORM_HAMMING && norm != cv::NORM_HAMMING2)
+    refuse(function, "txmORBWTA_K", "a value without a norm", "2 to 4");
   const auto [of1, of2] = findNearestRows(function, descriptors1, descriptors2, norm == cv::NORM_HAMMING2);
   if (ratio > 0) return crossCheckMatches(matchesByRatio(of1, ratio), matchesByRatio(of2, ratio), of2.size());
   return crossCheckMatches(matchesByChoice(of1.size(), of2), matchesByChoice(of2.size(), of1), of2.size());

@@ -36,7 +36,7 @@ namespace MirelAlgorithms {
 ///                      descriptors2 differ in number. The first that applies
 ///
 /// On any other result than 0 and on exceptions `matches` is untouched. `std::invalid_argument` refuses descriptors of
-/// other types, of different widths, with too many rows or more than 2047 columns.
+/// other types, of different widths, with too many rows or more than 2047 columns, and "txmORBWTA_K" outside 2 to 4.
 ///
 /// Any number of calls at once. Time O(rows1 * rows2), memory O(rows1 + rows2).
 MIREL_API int textureMatch(const std::vector<cv::Vec2f>& points1, const cv::Mat& descriptors1,
