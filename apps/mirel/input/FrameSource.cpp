@@ -109,8 +109,7 @@ bool hasImageSignature(const std::string& path) {
 
 }  // namespace
 
-std::unique_ptr<FrameSource> openFrames(const std::vector<std::string>& arguments, const FrameChoice& choice) {
-  keepDecodersToFiles();
+std::vector<std::string> expandFiles(const std::vector<std::string>& arguments) {
   std::vector<std::string> files;
   for (const std::string& argument : arguments) {
     for (const std::string& file : expandPattern(argument)) {
@@ -119,6 +118,12 @@ std::unique_ptr<FrameSource> openFrames(const std::vector<std::string>& argument
     }
   }
   if (std::count(files.begin(), files.end(), "-") > 1) throw UsageError("-: standard input can be read only once");
+  return files;
+}
+
+std::unique_ptr<FrameSource> openFrames(const std::vector<std::string>& arguments, const FrameChoice& choice) {
+  keepDecodersToFiles();
+  const std::vector<std::string> files = expandFiles(arguments);
   if (files.size() == 1 && files[0] != "-" && !hasImageSignature(files[0])) {
     auto video = std::make_unique<VideoFrames>(files[0], choice);
     if (!video->isOpen()) throw UsageError(files[0] + ": neither an image nor a video that can be read");

@@ -38,6 +38,11 @@ class FrameSource {
   std::vector<InputFile> inputs_;
 };
 
+/// The files that arguments stand for, patterns among them; "-" is standard input. Every file is looked at.
+///
+/// Throws `UsageError` for a path that is no file, a pattern without files, or a second "-".
+std::vector<std::string> expandFiles(const std::vector<std::string>& arguments);
+
 struct FrameChoice {
   int every = 1;      ///< take every so many-th frame, the first one included
   int maxFrames = 0;  ///< stop after so many taken frames; 0: take all

@@ -132,9 +132,17 @@ MirelAlgorithms::SmartPtr<MirelAlgorithms::AttrContainer> Settings::container() 
 }
 
 int Settings::integer(const std::string& key, const std::string& operation) const {
-  if (const auto entry = changed_.find(key); entry != changed_.end()) return std::get<int>(entry->second);
+  return std::get<int>(value(key, operation));
+}
+
+double Settings::number(const std::string& key, const std::string& operation) const {
+  return std::get<double>(value(key, operation));
+}
+
+SettingValue Settings::value(const std::string& key, const std::string& operation) const {
+  if (const auto entry = changed_.find(key); entry != changed_.end()) return entry->second;
   for (const SettingInfo& info : settingsCatalogue()) {
-    if (narrow(info.key) == key && info.readBy == operation) return std::get<int>(info.fallback);
+    if (narrow(info.key) == key && info.readBy == operation) return info.fallback;
   }
   throw std::logic_error("no setting " + key + " of " + operation);
 }

@@ -41,6 +41,9 @@ class Settings {
   /// The integer that `operation` gets for a key of its own.
   int integer(const std::string& key, const std::string& operation) const;
 
+  /// The same for a double.
+  double number(const std::string& key, const std::string& operation) const;
+
   /// Every key that operations whose name starts with `operations` read, with type, value, default and `changed`.
   nlohmann::json inForce(const std::string& operations) const;
 
@@ -48,6 +51,8 @@ class Settings {
   std::vector<std::string> unread(const std::string& operations) const;
 
  private:
+  MirelAlgorithms::SettingValue value(const std::string& key, const std::string& operation) const;
+
   std::map<std::string, MirelAlgorithms::SettingValue> changed_;
 };
 

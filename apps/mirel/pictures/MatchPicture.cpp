@@ -2,28 +2,21 @@
 
 #include "pictures/ColourBar.h"
 #include "pictures/Drawing.h"
+#include "pictures/PairView.h"
 #include "tracking/PairNumbers.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <opencv2/core.hpp>
 
 namespace mirel {
 
 namespace {
 
-constexpr int gap = 8, frameWidth = 780;
-
-constexpr std::size_t mostLines = 160;  // more of them hide the frames
-
-/// One line for so many matches.
-std::size_t lineStep(const PairResult& pair) { return (pair.matches.size() + mostLines - 1) / mostLines; }
-
-std::vector<double> distances(const PairResult& pair) {
-  std::vector<double> values;
-  for (const PairMatch& match : pair.matches) values.push_back(match.match.distance);
-  return values;
+std::vector<PairLine> linesOf(const PairResult& pair) {
+  std::vector<PairLine> lines;
+  for (const PairMatch& m : pair.matches) lines.push_back({m.from, m.to, static_cast<double>(m.match.distance)});
+  return lines;
 }
 
 void drawSearchCircles(cv::Mat& frame, const PairResult& pair, double scale) {
@@ -52,43 +45,25 @@ void drawLegend(Sheet& sheet, const ColourScale& colours, bool rings) {
 }
 
 std::vector<std::string> headings(const PairResult& pair) {
-  const std::string lines = lineStep(pair) > 1 ? fmt::format("; one match in {} has a line", lineStep(pair)) : "";
   return {fmt::format("left: {}   right: {}", pair.nameFrom, pair.nameTo),
           fmt::format("{} matches of {} and {} features, {} inliers{}", pair.matchCount, pair.counts.features1,
-                      pair.counts.features2, pair.inliers, lines),
+                      pair.counts.features2, pair.inliers, PairView::lineStepText(pair.matches.size())),
           "motion: " + describeMotion(pair.motion)};
 }
 
 }  // namespace
 
 cv::Mat drawMatches(const cv::Mat& grey1, const cv::Mat& grey2, const PairResult& pair, bool circles) {
-  const cv::Size largest(std::max(grey1.cols, grey2.cols), std::max(grey1.rows, grey2.rows));
-  const double scale = viewScale(largest, frameWidth);
-  const cv::Mat left = viewOf(grey1, scale), right = viewOf(grey2, scale);
-  cv::Mat view(std::max(left.rows, right.rows), left.cols + gap + right.cols, CV_8UC3, paper);
-  left.copyTo(view(cv::Rect({}, left.size())));
-  cv::Mat rightPart = view(cv::Rect({left.cols + gap, 0}, right.size()));
-  right.copyTo(rightPart);
-  if (circles) drawSearchCircles(rightPart, pair, scale);
-
-  const ColourScale colours(distances(pair), false);
-  const cv::Point2f shift(static_cast<float>(left.cols + gap), 0);
-  cv::Mat lines = view.clone();
-  for (std::size_t i = 0; i < pair.matches.size(); i += lineStep(pair)) {
-    const PairMatch& match = pair.matches[i];
-    drawLine(lines, viewPoint(match.from, scale), viewPoint(match.to, scale) + shift,
-             colours.colour(match.match.distance), 1);
-  }
-  const double weight = pair.matches.size() <= 60 ? 1 : 0.7;
-  cv::addWeighted(lines, weight, view, 1 - weight, 0, view);
+  PairView view(grey1, grey2);
+  cv::Mat second = view.second();
+  if (circles) drawSearchCircles(second, pair, view.scale());
+  const std::vector<PairLine> lines = linesOf(pair);
+  const ColourScale colours = coloursOf(lines);
+  view.draw(lines, colours);
   for (const PairMatch& match : pair.matches) {
-    const cv::Scalar colour = colours.colour(match.match.distance);
-    drawDot(view, viewPoint(match.from, scale), 2.5, colour);
-    drawDot(view, viewPoint(match.to, scale) + shift, 2.5, colour);
-    if (pair.motion.valid && !match.inlier) drawCircle(view, viewPoint(match.to, scale) + shift, 6, signal, 2);
+    if (pair.motion.valid && !match.inlier) drawCircle(view.picture(), view.placeInSecond(match.to), 6, signal, 2);
   }
-
-  Sheet sheet(view, headings(pair));
+  Sheet sheet(view.picture(), headings(pair));
   drawLegend(sheet, colours, pair.motion.valid);
   return sheet.picture();
 }

@@ -1,5 +1,6 @@
 #include "views/ViewOverlaps.h"
 
+#include "output/MatrixTable.h"
 #include "output/Summary.h"
 
 #include <MirelAlgorithms/geometry/Frustum.h>
@@ -62,6 +63,12 @@ std::vector<Pair> bestPairs(const ViewOverlaps& result) {
   return pairs;
 }
 
+std::vector<std::string> viewNames(const ViewOverlaps& result) {
+  std::vector<std::string> names;
+  for (const NamedPose& view : result.views) names.push_back(view.name);
+  return names;
+}
+
 std::string overlapMeaning(const ViewOverlaps& result) {
   return fmt::format("Overlap: the two pyramids share a point, cameras looking along {}",
                      result.range.look == Look::alongPlusZ ? "+z" : "-z");
@@ -102,17 +109,6 @@ std::string namesOf(const ViewOverlaps& result, const std::vector<int>& group) {
   return group.size() > most ? names + fmt::format(" and {} more", group.size() - most) : names;
 }
 
-template <class Cell>
-ReportTable matrixTable(const ViewOverlaps& result, const std::string& title, const Cell& cell) {
-  ReportTable table{title, {"View"}, {}};
-  for (const NamedPose& view : result.views) table.heads.push_back(view.name);
-  for (std::size_t i = 0; i < result.views.size(); ++i) {
-    table.rows.push_back({result.views[i].name});
-    for (std::size_t j = 0; j < result.views.size(); ++j) table.rows.back().push_back(cell(i, j));
-  }
-  return table;
-}
-
 ReportTable groupTable(const ViewOverlaps& result) {
   ReportTable table{"Groups: views that overlaps connect", {"Group", "Views", "Names"}, {}};
   for (std::size_t i = 0; i < result.groups.size(); ++i) {
@@ -134,23 +130,6 @@ ReportTable pairTable(const ViewOverlaps& result) {
                           fmt::format("{:.4g}", score)});
   }
   return table;
-}
-
-/// A matrix with its heads, cells of equal width.
-template <class Cell>
-std::string matrixText(const ViewOverlaps& result, const Cell& cell) {
-  std::size_t width = 6;
-  for (const NamedPose& view : result.views) width = std::clamp(view.name.size(), width, std::size_t{10});
-  const auto line = [&](const std::string& name, const auto& text) {
-    std::string cells = fmt::format("  {:{}.{}}", name, width, width);
-    for (std::size_t j = 0; j < result.views.size(); ++j) cells += fmt::format(" {:>{}.{}}", text(j), width, width);
-    return cells + '\n';
-  };
-  std::string text = line("", [&](std::size_t j) { return result.views[j].name; });
-  for (std::size_t i = 0; i < result.views.size(); ++i) {
-    text += line(result.views[i].name, [&](std::size_t j) { return cell(i, j); });
-  }
-  return text;
 }
 
 }  // namespace
@@ -233,11 +212,12 @@ Report overlapReport(const ViewOverlaps& result) {
       .tables = {groupTable(result)},
       .result = resultJson(result),
       .run = {}};
-  if (result.views.size() <= mostInReport) {
-    report.tables.push_back(matrixTable(result, overlapMeaning(result), [&](std::size_t i, std::size_t j) {
+  const std::vector<std::string> names = viewNames(result);
+  if (names.size() <= mostInReport) {
+    report.tables.push_back(matrixTable(overlapMeaning(result), "View", names, [&](std::size_t i, std::size_t j) {
       return std::string(result.overlaps[i][j] != 0 ? "yes" : "\u00b7");
     }));
-    report.tables.push_back(matrixTable(result, scoreMeaning(result), [&](std::size_t i, std::size_t j) {
+    report.tables.push_back(matrixTable(scoreMeaning(result), "View", names, [&](std::size_t i, std::size_t j) {
       return fmt::format("{:.4g}", result.scores[i][j]);
     }));
   }
@@ -254,11 +234,12 @@ std::string summaryText(const ViewOverlaps& result) {
   for (std::size_t i = 0; i < std::min(result.groups.size(), mostGroupsInConsole); ++i) {
     text += summaryLine("", fmt::format("{}: {}", result.groups[i].size(), namesOf(result, result.groups[i])));
   }
-  if (result.views.size() > mostInConsole) return text;
+  const std::vector<std::string> names = viewNames(result);
+  if (names.size() > mostInConsole) return text;
   text += overlapMeaning(result) + "\n" +
-          matrixText(result, [&](std::size_t i, std::size_t j) { return result.overlaps[i][j] != 0 ? "yes" : "."; });
+          matrixText(names, [&](std::size_t i, std::size_t j) { return result.overlaps[i][j] != 0 ? "yes" : "."; });
   text += scoreMeaning(result) + "\n" +
-          matrixText(result, [&](std::size_t i, std::size_t j) { return fmt::format("{:.4g}", result.scores[i][j]); });
+          matrixText(names, [&](std::size_t i, std::size_t j) { return fmt::format("{:.4g}", result.scores[i][j]); });
   return text;
 }
 
