@@ -10,6 +10,12 @@
 namespace MirelAlgorithms {
 namespace {
 
+bool breaks(const Spoke& a, const Spoke& b, const vec3f& normal) {
+  if (isClearlyKept(a, b, normal)) return false;
+  const vec3f d1 = quadric::normalized(a.direction), d2 = quadric::normalized(b.direction);
+  return fan::isSliver(d1, d2) || fan::isTurned(d1, d2, normal);
+}
+
 constexpr double never = std::numeric_limits<double>::quiet_NaN();  // as an error: below no threshold
 
 }  // namespace
@@ -17,8 +23,10 @@ constexpr double never = std::numeric_limits<double>::quiet_NaN();  // as an err
 EdgeCollapse::EdgeCollapse(std::vector<Triangle>& triangles, std::vector<Vertex>& vertices, std::vector<Ref>& refs)
     : triangles_(triangles), vertices_(vertices), refs_(refs), errors_(triangles.size()), dirty_(triangles.size()) {
   faces_.reserve(triangles.size());
-  for (const Triangle& triangle : triangles)
+  for (const Triangle& triangle : triangles) {
     faces_.push_back({{triangle.v[0], triangle.v[1], triangle.v[2]}, static_cast<int>(faces_.size()), {}, {}});
+    anyTexture_ |= (triangle.attr & Triangle::hasTexture) != 0;
+  }
 }
 
 void EdgeCollapse::update(int iteration) {
@@ -38,8 +46,13 @@ void EdgeCollapse::update(int iteration) {
 }
 
 void EdgeCollapse::computeErrors() {
+  for (const Face& face : faces_)
+    for (int j = 0; j < 3; ++j) edges_.push_back({face.v[j], face.v[fan::after(j)]});
+  std::vector<double> errors;
+  edgeErrors(vertices_, edges_, errors);
   for (std::size_t i = 0; i < faces_.size(); ++i) {
-    errors_[i] = fan::setErrors(faces_[i], vertices_.data());
+    std::copy_n(&errors[3 * i], 3, faces_[i].err);
+    errors_[i] = fan::smallest(faces_[i].err);
     if (!triangles_[i].deleted) continue;
     faces_[i].source = deleted;
     errors_[i] = never;
@@ -83,48 +96,55 @@ int EdgeCollapse::collapseOneEdge(const Face& face, double threshold) {
     if (a.border != b.border) continue;
     vec3f p;
     quadric::collapseError(a, b, p);
-    if (mayMove(i0, i1, p)) return collapse((triangles_[face.source].attr & Triangle::hasTexture) != 0, i0, i1, p);
+    if (mayMove(i0, i1, p)) return collapse(hasTexture(face), i0, i1, p);
   }
   return 0;
 }
 
-bool EdgeCollapse::mayMove(int i0, int i1, const vec3f& p) {
-  spokes_.clear();
-  return !flips(p, i1, vertices_[i0], goes0_) && !flips(p, i0, vertices_[i1], goes1_);
+bool EdgeCollapse::hasTexture(const Face& face) const {
+  return anyTexture_ && (triangles_[face.source].attr & Triangle::hasTexture) != 0;
 }
 
-bool EdgeCollapse::flips(const vec3f& p, int other, const Vertex& vertex, std::vector<int>& goes) {
-  goes.resize(vertex.tcount);
+bool EdgeCollapse::mayMove(int i0, int i1, const vec3f& p) {
+  neighbours_.clear();
+  spokes_.clear();
+  return !flips(p, i1, vertices_[i0], fan0_) && !flips(p, i0, vertices_[i1], fan1_);
+}
+
+bool EdgeCollapse::flips(const vec3f& p, int other, const Vertex& vertex, Fan& fan) {
+  fan.resize(vertex.tcount);
   for (int k = 0; k < vertex.tcount; ++k) {
     const Ref& ref = refs_[vertex.tstart + k];
     const Face& face = faces_[ref.tid];
     if (face.source == deleted) continue;
     const int id1 = face.v[fan::after(ref.tvertex)], id2 = face.v[fan::after(fan::after(ref.tvertex))];
-    goes[k] = id1 == other || id2 == other;
-    if (!goes[k] && breaks(face, p, id1, id2)) return true;
+    Member& member = fan[k];
+    member.goes = id1 == other || id2 == other;
+    if (member.goes) continue;
+    member.first = spokeTo(id1, p);
+    member.second = spokeTo(id2, p);
+    if (breaks(spokes_[member.first], spokes_[member.second], face.n)) return true;
   }
   return false;
 }
 
-bool EdgeCollapse::breaks(const Face& face, const vec3f& p, int id1, int id2) {
-  const auto toVertex = [&](int id) { return spoke(p, vertices_[id].p); };
-  const Spoke a = spokes_.of(id1, toVertex), b = spokes_.of(id2, toVertex);
-  if (isClearlyKept(a, b, face.n)) return false;
-  const vec3f d1 = quadric::normalized(a.direction), d2 = quadric::normalized(b.direction);
-  return fan::isSliver(d1, d2) || fan::isTurned(d1, d2, face.n);
+int EdgeCollapse::spokeTo(int vertex, const vec3f& p) {
+  const int place = neighbours_.place(vertex);
+  if (place == static_cast<int>(spokes_.size())) spokes_.push_back(spoke(p, vertices_[vertex].p));
+  return place;
 }
 
 int EdgeCollapse::collapse(bool textured, int i0, int i1, const vec3f& p) {
   Vertex &a = vertices_[i0], &b = vertices_[i1];
   if (textured) {
-    moveTexture(a, p, goes0_);
-    moveTexture(b, p, goes1_);
+    moveTexture(a, p, fan0_);
+    moveTexture(b, p, fan1_);
   }
   a.p = p;
   a.q = b.q + a.q;
-  spokeErrors_.clear();
+  computeSpokeErrors(i0);
   const std::size_t start = refs_.size();
-  const int removed = handOver(i0, a, goes0_) + handOver(i0, b, goes1_);
+  const int removed = handOver(i0, a, fan0_) + handOver(i0, b, fan1_);
   const int count = static_cast<int>(refs_.size() - start);
   if (count <= a.tcount)
     std::copy_n(refs_.data() + start, count, refs_.data() + a.tstart);
@@ -134,22 +154,28 @@ int EdgeCollapse::collapse(bool textured, int i0, int i1, const vec3f& p) {
   return removed;
 }
 
-void EdgeCollapse::moveTexture(const Vertex& vertex, const vec3f& p, const std::vector<int>& goes) {
+void EdgeCollapse::computeSpokeErrors(int i0) {
+  edges_.clear();
+  for (const int vertex : neighbours_.vertices()) edges_.push_back({i0, vertex});
+  edgeErrors(vertices_, edges_, spokeErrors_);
+}
+
+void EdgeCollapse::moveTexture(const Vertex& vertex, const vec3f& p, const Fan& fan) {
   for (int k = 0; k < vertex.tcount; ++k) {
     const Ref& ref = refs_[vertex.tstart + k];
     const Face& face = faces_[ref.tid];
-    if (face.source != deleted && !goes[k])
+    if (face.source != deleted && !fan[k].goes)
       fan::moveUv(triangles_[face.source].uvs, ref.tvertex, p, face.v, vertices_.data());
   }
 }
 
-int EdgeCollapse::handOver(int i0, const Vertex& vertex, const std::vector<int>& goes) {
+int EdgeCollapse::handOver(int i0, const Vertex& vertex, const Fan& fan) {
   int count = 0;
   for (int k = 0; k < vertex.tcount; ++k) {
     const Ref ref = refs_[vertex.tstart + k];
     Face& face = faces_[ref.tid];
     if (face.source == deleted) continue;
-    if (goes[k]) {
+    if (fan[k].goes) {
       face.source = deleted;
       errors_[ref.tid] = never;
       ++count;
@@ -157,7 +183,7 @@ int EdgeCollapse::handOver(int i0, const Vertex& vertex, const std::vector<int>&
     }
     face.v[ref.tvertex] = i0;
     dirty_[ref.tid] = 1;
-    errors_[ref.tid] = updateErrors(face, ref.tvertex);
+    errors_[ref.tid] = updateErrors(face, ref.tvertex, fan[k]);
     refs_.push_back(ref);
   }
   return count;
@@ -166,13 +192,12 @@ int EdgeCollapse::handOver(int i0, const Vertex& vertex, const std::vector<int>&
 // The error of an edge does not depend on its direction: both ends enter by sums, and by minima of errors that are
 // never minus zero. That of the edge opposite to the corner is as it was, unless it was computed for other border
 // flags.
-double EdgeCollapse::updateErrors(Face& face, int corner) {
+double EdgeCollapse::updateErrors(Face& face, int corner, const Member& member) {
   const int next = fan::after(corner), last = fan::after(next);
-  const int i0 = face.v[corner], id1 = face.v[next], id2 = face.v[last];
+  const int id1 = face.v[next], id2 = face.v[last];
+  face.err[corner] = spokeErrors_[member.first];
+  face.err[last] = spokeErrors_[member.second];
   vec3f position;
-  const auto toVertex = [&](int id) { return quadric::collapseError(vertices_[i0], vertices_[id], position); };
-  face.err[corner] = spokeErrors_.of(id1, toVertex);
-  face.err[last] = spokeErrors_.of(id2, toVertex);
   if (unsettled_[id1] || unsettled_[id2])
     face.err[next] = quadric::collapseError(vertices_[id1], vertices_[id2], position);
   return fan::smallest(face.err);

@@ -2,7 +2,8 @@
 #pragma once
 
 #include <MirelAlgorithms/mesh/MeshRecords.h>
-#include <MirelAlgorithms/mesh/internal/NeighbourTable.h>
+#include <MirelAlgorithms/mesh/internal/EdgeErrors.h>
+#include <MirelAlgorithms/mesh/internal/FanNeighbours.h>
 #include <MirelAlgorithms/mesh/internal/Spoke.h>
 
 #include <vector>
@@ -36,28 +37,42 @@ class EdgeCollapse {
     vec3f n;
   };
 
+  // What becomes of a face around one end of the edge.
+  struct Member {
+    bool goes;          // it has both ends
+    int first, second;  // places of its other two vertices among the neighbours
+  };
+  using Fan = std::vector<Member>;
+
   void computeErrors();
   void settleBorders(const std::vector<int>& before);
   void removeDeleted();
   int collapseOneEdge(const Face& face, double threshold);
   bool mayMove(int i0, int i1, const vec3f& p);
-  bool flips(const vec3f& p, int other, const Vertex& vertex, std::vector<int>& goes);
-  bool breaks(const Face& face, const vec3f& p, int id1, int id2);
+  bool flips(const vec3f& p, int other, const Vertex& vertex, Fan& fan);
+  int spokeTo(int vertex, const vec3f& p);
+  bool hasTexture(const Face& face) const;
   int collapse(bool textured, int i0, int i1, const vec3f& p);
-  void moveTexture(const Vertex& vertex, const vec3f& p, const std::vector<int>& goes);
-  int handOver(int i0, const Vertex& vertex, const std::vector<int>& goes);
-  double updateErrors(Face& face, int corner);
+  void computeSpokeErrors(int i0);
+  void moveTexture(const Vertex& vertex, const vec3f& p, const Fan& fan);
+  int handOver(int i0, const Vertex& vertex, const Fan& fan);
+  double updateErrors(Face& face, int corner, const Member& member);
 
   std::vector<Triangle>& triangles_;
   std::vector<Vertex>& vertices_;
   std::vector<Ref>& refs_;
   std::vector<Face> faces_;
-  std::vector<double> errors_;          // smallest of each face; NaN when it is deleted
-  std::vector<char> dirty_;             // faces changed in this pass
-  std::vector<char> unsettled_;         // vertices whose border changed after the errors were computed
-  std::vector<int> goes0_, goes1_;      // which triangles around the ends of the edge go with it
-  NeighbourTable<Spoke> spokes_;        // from the position that an edge may collapse to
-  NeighbourTable<double> spokeErrors_;  // of the edges around the vertex that it became
+  std::vector<double> errors_;   // smallest of each face; NaN when it is deleted
+  std::vector<char> dirty_;      // faces changed in this pass
+  std::vector<char> unsettled_;  // vertices whose border changed after the errors were computed
+  bool anyTexture_ = false;
+
+  // Around the edge at hand.
+  Fan fan0_, fan1_;
+  FanNeighbours neighbours_;
+  std::vector<Spoke> spokes_;  // from the position that the edge may collapse to, by place
+  std::vector<Edge> edges_;
+  std::vector<double> spokeErrors_;  // of the edges around the vertex that it became, by place
 };
 
 }  // namespace MirelAlgorithms

@@ -25,6 +25,12 @@ inline double determinant(double a11, double a12, double a13, double a21, double
   return a11 * a22 * a33 + a13 * a21 * a32 + a12 * a23 * a31 - a13 * a22 * a31 - a11 * a23 * a32 - a12 * a21 * a33;
 }
 
+/// Of the upper left 3 x 3 matrix.
+inline double determinant(const SymetricMatrix& q) {
+  const double* const m = q.m;
+  return determinant(m[0], m[1], m[2], m[1], m[4], m[5], m[2], m[5], m[7]);
+}
+
 /// (x, y, z, 1) Q (x, y, z, 1)^T.
 inline double errorAt(const SymetricMatrix& q, const vec3f& p) {
   const double* const m = q.m;
@@ -32,7 +38,7 @@ inline double errorAt(const SymetricMatrix& q, const vec3f& p) {
          2 * m[5] * p.y * p.z + 2 * m[6] * p.y + m[7] * p.z * p.z + 2 * m[8] * p.z + m[9];
 }
 
-/// The point of least error, by Cramer's rule from the determinant of the quadric's upper left 3 x 3 matrix.
+/// The point of least error, by Cramer's rule from the determinant.
 inline vec3f bestPosition(const SymetricMatrix& q, double det) {
   const double* const m = q.m;
   return {-1 / det * determinant(m[1], m[2], m[3], m[4], m[5], m[6], m[5], m[7], m[8]),
@@ -52,12 +58,17 @@ inline double bestOfEdge(const SymetricMatrix& q, const vec3f& p1, const vec3f& 
   return error;
 }
 
+/// Whether an edge between two vertices, by the determinant of the sum of their quadrics, collapses to the point of
+/// least error.
+inline bool hasBestPosition(double det, const Vertex& v1, const Vertex& v2) {
+  return det != 0 && (v1.border & v2.border) == 0;
+}
+
 /// Error of collapsing the edge between two vertices, and the position to collapse it to.
 inline double collapseError(const Vertex& v1, const Vertex& v2, vec3f& position) {
   const SymetricMatrix q = v1.q + v2.q;
-  const double* const m = q.m;
-  const double det = determinant(m[0], m[1], m[2], m[1], m[4], m[5], m[2], m[5], m[7]);
-  if (det == 0 || (v1.border & v2.border) != 0) return bestOfEdge(q, v1.p, v2.p, position);
+  const double det = determinant(q);
+  if (!hasBestPosition(det, v1, v2)) return bestOfEdge(q, v1.p, v2.p, position);
   position = bestPosition(q, det);
   return errorAt(q, position);
 }
