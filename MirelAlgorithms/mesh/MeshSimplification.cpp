@@ -1,3 +1,4 @@
+#include <MirelAlgorithms/frame/internal/Require.h>
 #include <MirelAlgorithms/mesh/MeshSimplification.h>
 #include <MirelAlgorithms/mesh/internal/EdgeCollapse.h>
 #include <MirelAlgorithms/mesh/internal/FanSteps.h>
@@ -117,6 +118,7 @@ vec3f MeshSimplification::barycentric(const vec3f& p, const vec3f& a, const vec3
 
 vec3f MeshSimplification::interpolate(const vec3f& p, const vec3f& a, const vec3f& b, const vec3f& c,
                                       const vec3f attrs[3]) {
+  if (!attrs) refuse("interpolate", "attrs", "null", "three values");
   return quadric::interpolate(p, a, b, c, attrs);
 }
 

@@ -60,12 +60,12 @@ class MIREL_API MeshSimplification {
 
   /// Skips white space at the start of a text and cuts it off at its end.
   ///
-  /// @param str  zero-terminated, not null; gets a new terminator in place
-  /// @return     the first character in `str` that is not white space
+  /// @param str  zero-terminated; gets a new terminator in place
+  /// @return     the first character in `str` that is not white space; null for null
   char* trimwhitespace(char* str);
 
-  /// The smaller of two values; b when they do not compare.
-  double min(double a, double b) { return a < b ? a : b; }
+  /// The smaller of two values; b when they do not compare. In parentheses, for there may be a macro of this name.
+  double(min)(double a, double b) { return a < b ? a : b; }
 
   /// Collapses edges until at most `target_count` triangles are left, or for 100 passes: a mesh can stay above its
   /// target, and fall below it by the triangles of the last collapse. Then compacts the mesh.
@@ -132,7 +132,7 @@ class MIREL_API MeshSimplification {
   /// area.
   vec3f barycentric(const vec3f& p, const vec3f& a, const vec3f& b, const vec3f& c);
 
-  /// Values at three corners blended for the point p of the triangle a, b, c.
+  /// Values at three corners, not null, blended for the point p of the triangle a, b, c.
   vec3f interpolate(const vec3f& p, const vec3f& a, const vec3f& b, const vec3f& c, const vec3f attrs[3]);
 
   /// Removes deleted triangles and the vertices that no triangle has, both keeping their order. Of a vertex only the

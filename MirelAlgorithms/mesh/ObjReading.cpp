@@ -143,6 +143,7 @@ void MeshSimplification::load_obj(const char* filename, bool process_uv) {
 }
 
 char* MeshSimplification::trimwhitespace(char* str) {
+  if (!str) return str;
   const auto isSpace = [](char character) { return std::isspace(static_cast<unsigned char>(character)) != 0; };
   while (isSpace(*str)) ++str;
   char* end = str + std::strlen(str);

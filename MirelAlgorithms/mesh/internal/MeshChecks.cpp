@@ -1,6 +1,7 @@
 #include <MirelAlgorithms/frame/internal/Require.h>
 #include <MirelAlgorithms/mesh/internal/MeshChecks.h>
 
+#include <climits>
 #include <cstddef>
 
 namespace MirelAlgorithms {
@@ -18,6 +19,7 @@ void requireCorners(const char* function, const Triangle& triangle, std::size_t 
 }  // namespace
 
 void requireVertices(const char* function, const MeshSimplification& mesh, bool alsoOfDeleted) {
+  requireRange(function, "triangles", static_cast<long long>(mesh.triangles.size()), 0, INT_MAX / 3);
   for (const Triangle& triangle : mesh.triangles)
     if (alsoOfDeleted || !triangle.deleted) requireCorners(function, triangle, mesh.vertices.size());
 }

@@ -7,7 +7,8 @@
 
 namespace MirelAlgorithms {
 
-/// Refuses triangles with vertex numbers outside the mesh; deleted triangles only if asked to.
+/// Refuses more triangles than references to them can be counted, and triangles with vertex numbers outside the mesh;
+/// deleted triangles only if asked to.
 void requireVertices(const char* function, const MeshSimplification& mesh, bool alsoOfDeleted);
 
 /// Refuses a vertex number outside the mesh.

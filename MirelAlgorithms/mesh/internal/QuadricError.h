@@ -47,8 +47,8 @@ inline vec3f bestPosition(const SymetricMatrix& q, double det) {
 }
 
 /// The least error at both ends of an edge and in its middle, and where that is: of equal ones the last. `position`
-/// stays as it is when the error is NaN.
-inline double bestOfEdge(const SymetricMatrix& q, const vec3f& p1, const vec3f& p2, vec3f& position) {
+/// stays as it is when the error is NaN. It may be one of the ends itself, which therefore come by value.
+inline double bestOfEdge(const SymetricMatrix& q, vec3f p1, vec3f p2, vec3f& position) {
   const vec3f middle{(p1.x + p2.x) / 2, (p1.y + p2.y) / 2, (p1.z + p2.z) / 2};
   const double error1 = errorAt(q, p1), error2 = errorAt(q, p2), error3 = errorAt(q, middle);
   const double error = smaller(error1, smaller(error2, error3));
