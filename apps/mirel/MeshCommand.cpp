@@ -56,7 +56,7 @@ class MeshCommand : public Command {
     simplify(session, mesh, change);
     if (!mesh.triangles.empty()) session.clock().time("writing", [&] { writeMesh(target, mesh); });
     change.rounding = roundingInFile(mesh);
-    warnAboutLibrary(mesh.mtllib);
+    if (!mesh.triangles.empty()) warnAboutLibrary(mesh.mtllib);
     const Surface after(mesh);
     mesh = {};
     measure(session, before, after, change);

@@ -65,7 +65,10 @@ ReportAnswer judge(const MeshChange& change) {
   const bool reached = !change.asked || change.after.triangles <= static_cast<std::size_t>(*change.asked);
   if (!reached) return {title, Verdict::weak, fmt::format("Weak: {}; {}.", change.stop().text, cost)};
   constexpr double much = 0.005;
-  if (fraction(change, distance.mean) > much) return {title, Verdict::weak, "Weak: " + cost + "; more triangles help."};
+  if (fraction(change, distance.mean) > much) {
+    const char* help = change.asked ? "more triangles help" : "collapses within flat areas move their open borders";
+    return {title, Verdict::weak, fmt::format("Weak: {}; {}.", cost, help)};
+  }
   return {title, Verdict::good, fmt::format("Good: {}.", cost)};
 }
 

@@ -209,7 +209,7 @@ void ObjReader::readFace(ObjStatement& statement, std::string_view line) {
     statement.corners.push_back(corner);
   }
   if (statement.corners.size() < 3) {
-    throw errorAt(statement, fmt::format("{} given, three corners or more expected", statement.corners.size()));
+    throw errorAt(statement, fmt::format("{} corners given, at least 3 expected", statement.corners.size()));
   }
   if (statement.corners.size() > 3) statement.irregular = "polygons";
   if (!isLoadable(first)) statement.irregular = "corners such as 7/3";
