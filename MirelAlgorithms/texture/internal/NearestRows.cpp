@@ -74,18 +74,26 @@ MIREL_ALWAYS_INLINE void measure(const std::uint64_t* row, const Tile& tile, Key
   }
 }
 
+// Keys of a tile's rows. Arrays of the loop's own, which nothing else can point to, become vectors.
+struct TileKeys {
+  alignas(64) Key distances[tileRows];
+  alignas(64) Key best[tileRows];
+  alignas(64) Key next[tileRows];
+};
+
 // The two nearest of a row in the tile, and what the row is to the tile's rows.
-MIREL_ALWAYS_INLINE KeyPair lower(Key* distances, int row, const Tile& tile, Key* best, Key* next) {
+MIREL_ALWAYS_INLINE KeyPair lower(TileKeys& keys, int row, int first, int count) {
   KeyPair ofRow;
-  for (int j = 0; j < tile.count; ++j) {
-    const Key shifted = distances[j] << rowBits, key = shifted | static_cast<Key>(row);
-    next[j] = std::min(next[j], std::max(best[j], key));
-    best[j] = std::min(best[j], key);
-    distances[j] = shifted | static_cast<Key>(tile.first + j);
-    ofRow.best = std::min(ofRow.best, distances[j]);
+  for (int j = 0; j < count; ++j) {
+    const Key shifted = keys.distances[j] << rowBits, key = shifted | static_cast<Key>(row);
+    keys.next[j] = std::min(keys.next[j], std::max(keys.best[j], key));
+    keys.best[j] = std::min(keys.best[j], key);
+    keys.distances[j] = shifted | static_cast<Key>(first + j);
+    ofRow.best = std::min(ofRow.best, keys.distances[j]);
   }
-  for (int j = 0; j < tile.count; ++j)
-    ofRow.next = std::min(ofRow.next, distances[j] == ofRow.best ? none : distances[j]);
+  Key gap = none;  // from the nearest to the next nearest, less one: that of the nearest itself wraps around to none
+  for (int j = 0; j < count; ++j) gap = std::min(gap, keys.distances[j] - ofRow.best - 1);
+  if (gap != none) ofRow.next = ofRow.best + gap + 1;
   return ofRow;
 }
 
@@ -96,17 +104,20 @@ struct KeyTables {
 
 template <bool pairs, int words>
 MIREL_ALWAYS_INLINE void compareTile(const WordRows& rows1, const Tile& tile, KeyTables& keys) {
-  alignas(64) Key distances[tileRows];
-  Key *best = &keys.best2[static_cast<std::size_t>(tile.first)],
-      *next = &keys.next2[static_cast<std::size_t>(tile.first)];
+  TileKeys inTile;
+  const auto best2 = keys.best2.begin() + tile.first, next2 = keys.next2.begin() + tile.first;
+  std::fill_n(inTile.best, tile.count, none);
+  std::fill_n(inTile.next, tile.count, none);
   const int count1 = static_cast<int>(keys.of1.size());
   for (int i = 0; i < count1; ++i) {
-    measure<pairs, words>(rows1.row(i), tile, distances);
-    const KeyPair inTile = lower(distances, i, tile, best, next);
+    measure<pairs, words>(rows1.row(i), tile, inTile.distances);
+    const KeyPair nearest = lower(inTile, i, tile.first, tile.count);
     KeyPair& ofRow = keys.of1[static_cast<std::size_t>(i)];
-    ofRow.next = std::min(std::max(ofRow.best, inTile.best), std::min(ofRow.next, inTile.next));
-    ofRow.best = std::min(ofRow.best, inTile.best);
+    ofRow.next = std::min(std::max(ofRow.best, nearest.best), std::min(ofRow.next, nearest.next));
+    ofRow.best = std::min(ofRow.best, nearest.best);
   }
+  std::copy_n(inTile.best, tile.count, best2);
+  std::copy_n(inTile.next, tile.count, next2);
 }
 
 template <bool pairs>
