@@ -1,5 +1,6 @@
 #include <MirelAlgorithms/mesh/MeshSimplification.h>
 #include <MirelAlgorithms/mesh/internal/CLocale.h>
+#include <MirelAlgorithms/mesh/internal/LargeVector.h>
 #include <MirelAlgorithms/mesh/internal/LinePieces.h>
 #include <MirelAlgorithms/mesh/internal/ObjLines.h>
 
@@ -103,14 +104,14 @@ void ObjReader::useMaterial(const std::string& name) {
 }
 
 void ObjReader::fillMesh() const {
-  mesh_.vertices.resize(positions_.size());
-  for (std::size_t i = 0; i < positions_.size(); ++i) mesh_.vertices[i].p = positions_[i];
-  mesh_.triangles.resize(faces_.size());
-  for (std::size_t i = 0; i < faces_.size(); ++i) {
-    Triangle& triangle = mesh_.triangles[i];
-    std::copy_n(faces_[i].vertices, 3, triangle.v);
-    triangle.material = faces_[i].material;
-    triangle.attr = faces_[i].textured ? Triangle::hasTexture : 0;
+  reserveLarge(mesh_.vertices, positions_.size());
+  for (const vec3f& position : positions_) mesh_.vertices.emplace_back().p = position;
+  reserveLarge(mesh_.triangles, faces_.size());
+  for (const FaceRecord& face : faces_) {
+    Triangle& triangle = mesh_.triangles.emplace_back();
+    std::copy_n(face.vertices, 3, triangle.v);
+    triangle.material = face.material;
+    triangle.attr = face.textured ? Triangle::hasTexture : 0;
   }
   fillTexture();
 }

@@ -1,5 +1,6 @@
 #include <MirelAlgorithms/mesh/internal/EdgeCollapse.h>
 #include <MirelAlgorithms/mesh/internal/FanSteps.h>
+#include <MirelAlgorithms/mesh/internal/LargeVector.h>
 #include <MirelAlgorithms/mesh/internal/MeshUpdate.h>
 
 #include <algorithm>
@@ -22,7 +23,8 @@ constexpr double never = std::numeric_limits<double>::quiet_NaN();  // as an err
 
 EdgeCollapse::EdgeCollapse(std::vector<Triangle>& triangles, std::vector<Vertex>& vertices, std::vector<Ref>& refs)
     : triangles_(triangles), vertices_(vertices), refs_(refs), errors_(triangles.size()), dirty_(triangles.size()) {
-  faces_.reserve(triangles.size());
+  reserveLarge(faces_, triangles.size());
+  reserveLarge(refs_, 6 * triangles.size());  // twice what the first update lists
   for (const Triangle& triangle : triangles) {
     faces_.push_back({{triangle.v[0], triangle.v[1], triangle.v[2]}, static_cast<int>(faces_.size()), {}, {}});
     anyTexture_ |= (triangle.attr & Triangle::hasTexture) != 0;
