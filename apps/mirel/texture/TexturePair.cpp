@@ -4,20 +4,54 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <opencv2/features2d.hpp>
+#include <array>
+#include <cmath>
+#include <limits>
+#include <opencv2/core.hpp>
 
 namespace mirel {
 
 namespace {
 
-/// Features of `query` that the ratio test leaves a match in `train`: what the library does inside, seen from outside.
-int countRatioTest(const cv::Mat& query, const cv::Mat& train, const TextureTests& tests) {
-  if (query.empty() || train.empty()) return 0;
-  const bool byRatio = tests.ratio > 0;
-  std::vector<std::vector<cv::DMatch>> nearest;
-  cv::BFMatcher(tests.norm, !byRatio).knnMatch(query, train, nearest, byRatio ? 2 : 1, cv::noArray(), true);
-  return static_cast<int>(std::count_if(nearest.begin(), nearest.end(), [&](const std::vector<cv::DMatch>& list) {
-    return !byRatio || (list.size() == 2 && !(list[0].distance / list[1].distance >= tests.ratio));
+/// Distances of the nearest descriptor of the other image and of the next one.
+struct Nearest {
+  int distance = none, next = none;
+
+  void compare(int other) {
+    next = std::min(next, std::max(distance, other));
+    distance = std::min(distance, other);
+  }
+
+  static constexpr int none = std::numeric_limits<int>::max();
+};
+
+/// For each row of both sets.
+std::array<std::vector<Nearest>, 2> findNearest(const cv::Mat& descriptors1, const cv::Mat& descriptors2, int norm) {
+  constexpr int rowsAtOnce = 64;
+  std::array nearest = {std::vector<Nearest>(static_cast<std::size_t>(descriptors1.rows)),
+                        std::vector<Nearest>(static_cast<std::size_t>(descriptors2.rows))};
+  cv::Mat1i distances;
+  for (int first = 0; first < descriptors1.rows; first += rowsAtOnce) {
+    const cv::Mat some = descriptors1.rowRange(first, std::min(first + rowsAtOnce, descriptors1.rows));
+    cv::batchDistance(some, descriptors2, distances, CV_32S, cv::noArray(), norm);
+    for (int i = 0; i < some.rows; ++i) {
+      Nearest& ofRow = nearest[0][static_cast<std::size_t>(first + i)];
+      const int* row = distances[i];
+      for (int j = 0; j < descriptors2.rows; ++j) {
+        ofRow.compare(row[j]);
+        nearest[1][static_cast<std::size_t>(j)].compare(row[j]);
+      }
+    }
+  }
+  return nearest;
+}
+
+/// Features that the ratio test leaves a match: what the library does inside, seen from outside.
+int countRatioTest(const std::vector<Nearest>& features, double ratio) {
+  if (!(ratio > 0)) return static_cast<int>(features.size());  // there is none
+  return static_cast<int>(std::count_if(features.begin(), features.end(), [=](const Nearest& nearest) {
+    return nearest.next != Nearest::none &&
+           !(static_cast<float>(nearest.distance) / static_cast<float>(nearest.next) >= ratio);
   }));
 }
 
@@ -41,8 +75,9 @@ TexturePair matchTexture(const TextureImage& from, TextureImage& to, const Textu
   pair.features1 = from.features();
   pair.features2 = to.features();
   if (from.points.empty() || to.points.empty()) return pair;
-  pair.ratioForward = countRatioTest(from.descriptors, to.descriptors, tests);
-  pair.ratioBackward = countRatioTest(to.descriptors, from.descriptors, tests);
+  const auto [of1, of2] = findNearest(from.descriptors, to.descriptors, tests.norm);
+  pair.ratioForward = countRatioTest(of1, tests.ratio);
+  pair.ratioBackward = countRatioTest(of2, tests.ratio);
   const auto container = settings.container();
   std::vector<cv::Vec3i> agreed;
   MirelAlgorithms::textureMatch(from.descriptors, to.descriptors, agreed, container);

@@ -12,7 +12,7 @@ namespace mirel {
 /// Bounds of the tests, as the library reads them.
 struct TextureTests {
   int norm;             ///< of the descriptors: cv::NORM_HAMMING or cv::NORM_HAMMING2
-  double ratio;         ///< 0 or less: the nearest feature alone
+  double ratio;         ///< 0 or less: no ratio test
   double longestShift;  ///< pixels
 
   explicit TextureTests(const Settings& settings);

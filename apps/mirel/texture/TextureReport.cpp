@@ -17,7 +17,7 @@ std::vector<ReportFact> testFacts(const TexturePair& pair, const TextureTests& t
   const auto both = [](int a, int b) { return fmt::format("{} / {}", a, b); };
   return {{"Features", both(pair.features1, pair.features2), "left / right"},
           {"After ratio test", both(pair.ratioForward, pair.ratioBackward),
-           tests.ratio > 0 ? fmt::format("nearest / next nearest below {:g}", tests.ratio) : "nearest feature alone"},
+           tests.ratio > 0 ? fmt::format("nearest / next nearest below {:g}", tests.ratio) : "no such test"},
           {"In both directions", fmt::format("{}", pair.agreed), "left to right gives what right to left gives"},
           {"Within distance", fmt::format("{}", pair.withinDistance),
            fmt::format("positions at most {:g} px apart", std::abs(tests.longestShift))},
