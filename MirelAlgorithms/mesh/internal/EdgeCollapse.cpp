@@ -3,6 +3,8 @@
 #include <MirelAlgorithms/mesh/internal/LargeVector.h>
 #include <MirelAlgorithms/mesh/internal/MeshUpdate.h>
 
+#include <xmmintrin.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <limits>
@@ -96,11 +98,20 @@ int EdgeCollapse::collapseOneEdge(const Face& face, double threshold) {
     const int i0 = face.v[j], i1 = face.v[fan::after(j)];
     const Vertex &a = vertices_[i0], &b = vertices_[i1];
     if (a.border != b.border) continue;
+    prefetchFan(a);
+    prefetchFan(b);
     vec3f p;
     quadric::collapseError(a, b, p);
     if (mayMove(i0, i1, p)) return collapse(hasTexture(face), i0, i1, p);
   }
   return 0;
+}
+
+// The faces around a vertex, which lie anywhere.
+void EdgeCollapse::prefetchFan(const Vertex& vertex) const {
+  const Ref* const refs = refs_.data() + vertex.tstart;
+  for (int k = 0; k < vertex.tcount; ++k)
+    _mm_prefetch(reinterpret_cast<const char*>(&faces_[refs[k].tid]), _MM_HINT_T0);
 }
 
 bool EdgeCollapse::hasTexture(const Face& face) const {
@@ -109,44 +120,44 @@ bool EdgeCollapse::hasTexture(const Face& face) const {
 
 bool EdgeCollapse::mayMove(int i0, int i1, const vec3f& p) {
   neighbours_.clear();
+  gatherFan(vertices_[i0], i1, fan0_);
+  gatherFan(vertices_[i1], i0, fan1_);
   spokes_.clear();
-  return !flips(p, i1, vertices_[i0], fan0_) && !flips(p, i0, vertices_[i1], fan1_);
+  for (const int vertex : neighbours_.vertices()) spokes_.push_back(spoke(p, vertices_[vertex].p));
+  return keepsShape(fan0_) && keepsShape(fan1_);
 }
 
-bool EdgeCollapse::flips(const vec3f& p, int other, const Vertex& vertex, Fan& fan) {
-  fan.resize(vertex.tcount);
+void EdgeCollapse::gatherFan(const Vertex& vertex, int other, Fan& fan) {
+  fan.clear();
   for (int k = 0; k < vertex.tcount; ++k) {
-    const Ref& ref = refs_[vertex.tstart + k];
+    const Ref ref = refs_[vertex.tstart + k];
     const Face& face = faces_[ref.tid];
     if (face.source == deleted) continue;
     const int id1 = face.v[fan::after(ref.tvertex)], id2 = face.v[fan::after(fan::after(ref.tvertex))];
-    Member& member = fan[k];
-    member.goes = id1 == other || id2 == other;
-    if (member.goes) continue;
-    member.first = spokeTo(id1, p);
-    member.second = spokeTo(id2, p);
-    if (breaks(spokes_[member.first], spokes_[member.second], face.n)) return true;
+    if (id1 == other || id2 == other)
+      fan.push_back({ref, goes, goes});
+    else
+      fan.push_back({ref, neighbours_.place(id1), neighbours_.place(id2)});
   }
-  return false;
 }
 
-int EdgeCollapse::spokeTo(int vertex, const vec3f& p) {
-  const int place = neighbours_.place(vertex);
-  if (place == static_cast<int>(spokes_.size())) spokes_.push_back(spoke(p, vertices_[vertex].p));
-  return place;
+bool EdgeCollapse::keepsShape(const Fan& fan) const {
+  return std::none_of(fan.begin(), fan.end(), [&](const Member& member) {
+    return member.first != goes && breaks(spokes_[member.first], spokes_[member.second], faces_[member.ref.tid].n);
+  });
 }
 
 int EdgeCollapse::collapse(bool textured, int i0, int i1, const vec3f& p) {
   Vertex &a = vertices_[i0], &b = vertices_[i1];
   if (textured) {
-    moveTexture(a, p, fan0_);
-    moveTexture(b, p, fan1_);
+    moveTexture(fan0_, p);
+    moveTexture(fan1_, p);
   }
   a.p = p;
   a.q = b.q + a.q;
   computeSpokeErrors(i0);
   const std::size_t start = refs_.size();
-  const int removed = handOver(i0, a, fan0_) + handOver(i0, b, fan1_);
+  const int removed = handOver(i0, fan0_) + handOver(i0, fan1_);
   const int count = static_cast<int>(refs_.size() - start);
   if (count <= a.tcount)
     std::copy_n(refs_.data() + start, count, refs_.data() + a.tstart);
@@ -162,33 +173,32 @@ void EdgeCollapse::computeSpokeErrors(int i0) {
   edgeErrors(vertices_, edges_, spokeErrors_);
 }
 
-void EdgeCollapse::moveTexture(const Vertex& vertex, const vec3f& p, const Fan& fan) {
-  for (int k = 0; k < vertex.tcount; ++k) {
-    const Ref& ref = refs_[vertex.tstart + k];
-    const Face& face = faces_[ref.tid];
-    if (face.source != deleted && !fan[k].goes)
-      fan::moveUv(triangles_[face.source].uvs, ref.tvertex, p, face.v, vertices_.data());
+void EdgeCollapse::moveTexture(const Fan& fan, const vec3f& p) {
+  for (const Member& member : fan) {
+    if (member.first == goes) continue;
+    const Face& face = faces_[member.ref.tid];
+    fan::moveUv(triangles_[face.source].uvs, member.ref.tvertex, p, face.v, vertices_.data());
   }
 }
 
-int EdgeCollapse::handOver(int i0, const Vertex& vertex, const Fan& fan) {
-  int count = 0;
-  for (int k = 0; k < vertex.tcount; ++k) {
-    const Ref ref = refs_[vertex.tstart + k];
-    Face& face = faces_[ref.tid];
-    if (face.source == deleted) continue;
-    if (fan[k].goes) {
+int EdgeCollapse::handOver(int i0, const Fan& fan) {
+  int removed = 0;
+  for (const Member& member : fan) {
+    const auto [t, corner] = member.ref;
+    Face& face = faces_[t];
+    if (face.source == deleted) continue;  // with the other end of the edge
+    if (member.first == goes) {
       face.source = deleted;
-      errors_[ref.tid] = never;
-      ++count;
+      errors_[t] = never;
+      ++removed;
       continue;
     }
-    face.v[ref.tvertex] = i0;
-    dirty_[ref.tid] = 1;
-    errors_[ref.tid] = updateErrors(face, ref.tvertex, fan[k]);
-    refs_.push_back(ref);
+    face.v[corner] = i0;
+    dirty_[t] = 1;
+    errors_[t] = updateErrors(face, corner, member);
+    refs_.push_back(member.ref);
   }
-  return count;
+  return removed;
 }
 
 // The error of an edge does not depend on its direction: both ends enter by sums, and by minima of errors that are

@@ -37,25 +37,27 @@ class EdgeCollapse {
     vec3f n;
   };
 
-  // What becomes of a face around one end of the edge.
+  // A face around one end of the edge.
   struct Member {
-    bool goes;          // it has both ends
-    int first, second;  // places of its other two vertices among the neighbours
+    Ref ref;
+    int first, second;  // places of its other two vertices among the neighbours, or `goes`
   };
+  static constexpr int goes = -1;  // the face has both ends of the edge
   using Fan = std::vector<Member>;
 
   void computeErrors();
   void settleBorders(const std::vector<int>& before);
   void removeDeleted();
   int collapseOneEdge(const Face& face, double threshold);
+  void prefetchFan(const Vertex& vertex) const;
   bool mayMove(int i0, int i1, const vec3f& p);
-  bool flips(const vec3f& p, int other, const Vertex& vertex, Fan& fan);
-  int spokeTo(int vertex, const vec3f& p);
+  void gatherFan(const Vertex& vertex, int other, Fan& fan);
+  bool keepsShape(const Fan& fan) const;
   bool hasTexture(const Face& face) const;
   int collapse(bool textured, int i0, int i1, const vec3f& p);
   void computeSpokeErrors(int i0);
-  void moveTexture(const Vertex& vertex, const vec3f& p, const Fan& fan);
-  int handOver(int i0, const Vertex& vertex, const Fan& fan);
+  void moveTexture(const Fan& fan, const vec3f& p);
+  int handOver(int i0, const Fan& fan);
   double updateErrors(Face& face, int corner, const Member& member);
 
   std::vector<Triangle>& triangles_;
