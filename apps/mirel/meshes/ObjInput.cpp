@@ -118,7 +118,7 @@ void ObjInput::checkSizes(const ObjReader& reader, const ObjStatement& statement
   const std::int64_t most = std::max({triangles_, reader.vertices(), reader.textures()});
   if (most > mostElements) {
     throw reader.errorAt(statement,
-                         fmt::format("more than {} million triangles, vertices or texture coordinates so far",
+                         fmt::format("more than {} million triangles, vertices or texture coordinates, fewer expected",
                                      mostElements / 1'000'000));
   }
 }
