@@ -145,6 +145,11 @@ TEST(TextureExtractAndMatch, nothingAppended) {
   EXPECT_TRUE(points1.size() == 1 && points2.empty());
 }
 
+#ifdef __SANITIZE_ADDRESS__
+// Qt's windows keep the list of fonts.
+extern "C" const char* __lsan_default_suppressions() { return "leak:libfontconfig"; }
+#endif
+
 #ifdef __linux__
 class Drawing : public testing::Test {
  protected:
