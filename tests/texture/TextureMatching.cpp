@@ -147,7 +147,9 @@ TEST(TextureExtractAndMatch, nothingAppended) {
 
 #ifdef __SANITIZE_ADDRESS__
 // Qt's windows keep the list of fonts.
-extern "C" const char* __lsan_default_suppressions() { return "leak:libfontconfig"; }
+extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions() {
+  return "leak:libfontconfig";
+}
 #endif
 
 #ifdef __linux__
