@@ -1,0 +1,281 @@
+#include <MirelAlgorithms/mesh/MeshSimplification.h>
+#include <gtest/gtest.h>
+#include <mesh/LiteralMesh.h>
+#include <support/ThrownText.h>
+
+#include <algorithm>
+#include <bit>
+#include <climits>
+#include <cstdint>
+#include <random>
+#include <stdexcept>
+
+namespace MirelAlgorithms {
+namespace {
+
+MeshSimplification meshOf(const std::vector<vec3f>& positions, const std::vector<std::vector<int>>& corners) {
+  MeshSimplification mesh;
+  for (const vec3f& p : positions) mesh.vertices.emplace_back().p = p;
+  for (const auto& v : corners) std::copy_n(v.begin(), 3, mesh.triangles.emplace_back().v);
+  return mesh;
+}
+
+MeshSimplification tetrahedron() {
+  return meshOf({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}}, {{0, 2, 1}, {0, 1, 3}, {1, 2, 3}, {2, 0, 3}});
+}
+
+enum Kind { grid, closed, soup };
+
+// A height field; rows around an axis; triangles at random, with edges of many triangles and corners that coincide.
+MeshSimplification randomMesh(Kind kind, bool textured, bool hostile, unsigned seed) {
+  std::mt19937 random(seed);
+  std::uniform_real_distribution<double> unit(0, 1);
+  const int width = 5 + static_cast<int>(random() % 12), height = 4 + static_cast<int>(random() % 10);
+  const double noise = seed % 3 ? 0.02 * unit(random) : 0;
+  MeshSimplification mesh;
+  for (int i = 0; i < width * height; ++i) {
+    const double x = i % width, y = i / width, angle = 6.2831853 * x / width, z = 3 * y / (height - 1);
+    const double radius = (1 + noise * unit(random)) * std::sin(z);
+    mesh.vertices.emplace_back().p = kind == grid ? vec3f{x, y, noise * unit(random)}
+                                     : kind == closed
+                                         ? vec3f{radius * std::cos(angle), radius * std::sin(angle), std::cos(z)}
+                                         : vec3f{unit(random), unit(random), unit(random)};
+  }
+  const auto anyOf = [&](auto& records) -> auto& { return records[random() % records.size()]; };
+  const int columns = kind == grid ? width - 1 : width;
+  for (int i = 0; i < 2 * columns * (height - 1); ++i) {
+    const int x = i / 2 % columns, y = i / 2 / columns, a = y * width + x, b = y * width + (x + 1) % width;
+    Triangle& t = mesh.triangles.emplace_back();
+    for (int j = 0; j < 3; ++j) {
+      const int lower[] = {a, b, a + width}, upper[] = {b, b + width, a + width};
+      t.v[j] = kind == soup ? static_cast<int>(random() % mesh.vertices.size()) : (i % 2 ? upper : lower)[j];
+      t.uvs[j] = {unit(random), unit(random), 0};
+    }
+    t.attr = textured && random() % 4 ? Triangle::hasTexture : 0;
+    t.material = static_cast<int>(random() % 3) - 1;
+  }
+  if (!hostile) return mesh;
+  for (const double value : {std::nan(""), HUGE_VAL, 1e300, 1e-300}) anyOf(mesh.vertices).p.y = value;
+  for (int i = 0; i < 9; ++i)
+    anyOf(mesh.triangles).deleted = anyOf(mesh.triangles).dirty = anyOf(mesh.vertices).border = 1;
+  mesh.triangles.push_back(mesh.triangles.front());
+  return mesh;
+}
+
+literal::Mesh literalOf(const MeshSimplification& mesh) { return {mesh.triangles, mesh.vertices, mesh.refs}; }
+
+// All numbers in a mesh, bit for bit; NaN is one number.
+template <class Mesh>
+std::vector<std::uint64_t> bits(const Mesh& mesh) {
+  std::vector<std::uint64_t> all;
+  const auto add = [&](const auto&... values) {
+    (all.push_back(std::bit_cast<std::uint64_t>(std::isnan(values) ? std::nan("") : static_cast<double>(values))), ...);
+  };
+  for (const Triangle& t : mesh.triangles) {
+    add(t.v[0], t.v[1], t.v[2], t.deleted, t.dirty, t.attr, t.n.x, t.n.y, t.n.z, t.material);
+    for (const double error : t.err) add(error);
+    for (const vec3f& uv : t.uvs) add(uv.x, uv.y, uv.z);
+  }
+  for (const Vertex& v : mesh.vertices) {
+    add(v.p.x, v.p.y, v.p.z, v.tstart, v.tcount, v.border);
+    for (const double coefficient : v.q.m) add(coefficient);
+  }
+  for (const Ref& ref : mesh.refs) add(ref.tid, ref.tvertex);
+  return all;
+}
+
+template <class Call>
+std::string printed(const Call& call) {
+  testing::internal::CaptureStdout();
+  call();
+  return testing::internal::GetCapturedStdout();
+}
+
+// Each mesh is simplified twice: the second time meets what the first has left in border flags and references.
+TEST(MeshSimplification, wholeMeshesAsByTheLiteralForm) {
+  const double aggressivenesses[] = {7, 4, 9, 0, 1e9, std::nan("")};
+  for (const Kind kind : {grid, closed, soup})
+    for (unsigned seed = 0; seed < 48; ++seed) {
+      MeshSimplification mesh = randomMesh(kind, seed & 1, seed & 2, seed);
+      literal::Mesh wanted = literalOf(mesh);
+      for (const unsigned step : {0U, 1U}) {
+        const bool lossless = (seed >> 2 & 1) == step;
+        const double aggressiveness = aggressivenesses[seed % 3 ? 0 : seed / 3 % 6];
+        const int target = static_cast<int>(mesh.triangles.size()) * static_cast<int>(seed % 5) / 4 - 1;
+        const auto simplify = [&] {
+          lossless ? mesh.simplify_mesh_lossless(true) : mesh.simplify_mesh(target, aggressiveness, true);
+        };
+        const auto simplifyWanted = [&] {
+          lossless ? wanted.simplifyLossless() : wanted.simplify(target, aggressiveness);
+        };
+        EXPECT_EQ(printed(simplify), printed(simplifyWanted));
+        ASSERT_TRUE(bits(mesh) == bits(wanted)) << "kind " << kind << " seed " << seed << " step " << step;
+      }
+    }
+}
+
+TEST(MeshSimplification, stepsAsByTheLiteralForm) {
+  int kept = 0, count = 0, wantedCount = 0;
+  for (unsigned seed = 0; seed < 12; ++seed) {
+    MeshSimplification mesh = randomMesh(static_cast<Kind>(seed % 3), true, seed & 1, seed);
+    literal::Mesh wanted = literalOf(mesh);
+    for (const int iteration : {0, 3, -1}) {
+      mesh.update_mesh(iteration);
+      wanted.update(iteration);
+      ASSERT_TRUE(bits(mesh) == bits(wanted));
+    }
+    for (std::size_t t = 0; t < mesh.triangles.size(); t += 3) {
+      const int i0 = mesh.triangles[t].v[0], i1 = mesh.triangles[t].v[1];
+      vec3f& p = mesh.triangles[t].n;  // any place that is compared in the end
+      Vertex &a = mesh.vertices[i0], &b = mesh.vertices[i1];
+      mesh.triangles[t].err[3] = mesh.calculate_error(i0, i1, p);
+      wanted.triangles[t].err[3] = wanted.error(i0, i1, wanted.triangles[t].n);
+      std::vector<int> marks(a.tcount, 7), wantedMarks = marks;
+      const bool flipped = mesh.flipped(p, i0, i1, a, b, marks);
+      ASSERT_EQ(flipped, wanted.flipped(p, i1, a, wantedMarks));
+      if (flipped) continue;
+      ++kept;
+      ASSERT_EQ(marks, wantedMarks);
+      mesh.update_uvs(i0, a, p, marks);
+      wanted.updateUvs(a, p, marks);
+      mesh.update_triangles(i0, a, marks, count);
+      wanted.updateTriangles(i0, a, marks, wantedCount);
+    }
+    ASSERT_TRUE(bits(mesh) == bits(wanted)) << seed;
+  }
+  EXPECT_EQ(count, wantedCount);
+  EXPECT_GT(kept, 100);
+}
+
+TEST(MeshSimplification, sumsByHand) {
+  MeshSimplification mesh;
+  EXPECT_EQ(mesh.vertex_error({1, 2, 3, 4, 5, 6, 7, 8, 9, 10}, 1, 2, 3), 1 + 8 + 18 + 8 + 20 + 72 + 28 + 72 + 54 + 10);
+  EXPECT_EQ(SymetricMatrix(2, 1, 1, 0, 3, 1, 0, 4, 0, 0).det(0, 1, 2, 1, 4, 5, 2, 5, 7), 17);
+  const vec3f a, b{1, 0, 0}, c{0, 1, 0}, p{0.25, 0.5, 9}, values[3] = {{8, 0, 0}, {0, 4, 0}, {0, 0, 2}};
+  const vec3f weights = mesh.barycentric(p, a, b, c), blend = mesh.interpolate(p, a, b, c, values);
+  EXPECT_TRUE(weights.x == 0.25 && weights.y == 0.25 && weights.z == 0.5);
+  EXPECT_TRUE(blend.x == 2 && blend.y == 1 && blend.z == 1);
+  EXPECT_EQ(mesh.min(2, 1), 1);
+}
+
+// The position may be that of one of the ends: of equal errors the last still wins.
+TEST(MeshSimplification, errorIntoAVertexOfItsOwn) {
+  for (const int end : {0, 1}) {
+    MeshSimplification mesh = meshOf({{0, 0, 0}, {2, 0, 0}}, {});
+    mesh.vertices[0].q = {-1, 0, 0, 1, 0, 0, 0, 0, 0, -1};  // -(x - 1)^2
+    EXPECT_EQ(mesh.calculate_error(0, 1, mesh.vertices[end].p), -1);
+    EXPECT_EQ(mesh.vertices[end].p.x, 2);
+  }
+}
+
+TEST(MeshSimplification, smallMeshesWithoutLoss) {
+  MeshSimplification solid = tetrahedron(), flat = meshOf({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, {{0, 1, 2}}), lossy = flat;
+  EXPECT_EQ(printed([&] { solid.simplify_mesh_lossless(true); }), "lossless iteration 0\n");
+  EXPECT_EQ(solid.triangles.size(), 4);
+  EXPECT_EQ(printed([&] { flat.simplify_mesh_lossless(true); }), "lossless iteration 0\nlossless iteration 1\n");
+  EXPECT_TRUE(flat.triangles.empty() && flat.vertices.empty());
+  lossy.simplify_mesh(0, 7, false);
+  EXPECT_TRUE(lossy.triangles.empty() && lossy.vertices.empty());
+}
+
+// All planes of an open cone meet in its tip: the edges there cost nothing, but join border and interior.
+TEST(MeshSimplification, borderAndInteriorStayApart) {
+  MeshSimplification cone = meshOf({{0, 0, 1}, {2, 0, 0}, {1, 1, 0}, {-1, 1, 0}, {-1, -1, 0}, {1, -1, 0}},
+                                   {{0, 1, 2}, {0, 2, 3}, {0, 3, 4}, {0, 4, 5}, {0, 5, 1}});
+  cone.update_mesh(0);  // so that errors see the border
+  cone.simplify_mesh_lossless(false);
+  EXPECT_EQ(cone.triangles.size(), 5);
+  EXPECT_LT(cone.triangles[0].err[0], 1e-16);
+  EXPECT_TRUE(cone.vertices[0].border == 0 && cone.vertices[1].border == 1);
+}
+
+TEST(MeshSimplification, thresholdsAsPrinted) {
+  MeshSimplification mesh = meshOf({{0, 0, 0}, {1, 0, 0}, {0, 1, std::nan("")}}, {{0, 1, 2}});
+  const std::string text = printed([&] { mesh.simplify_mesh(0, 7, true); });
+  EXPECT_TRUE(
+      text.starts_with("iteration 0 - triangles 1 threshold 2.187e-06\n"
+                       "iteration 5 - triangles 1 threshold 0.00209715\niteration 10 -"));
+  EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 20);
+}
+
+// Positions move, the rest stays with its place; references are left alone.
+TEST(MeshSimplification, targetAboveTheCountOnlyCompacts) {
+  MeshSimplification mesh = meshOf({{9, 9, 9}, {0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, {{1, 2, 3}});
+  mesh.triangles[0].deleted = mesh.triangles[0].dirty = mesh.vertices[0].border = 1;
+  EXPECT_EQ(printed([&] { mesh.simplify_mesh(1, 7, true); }), "");
+  ASSERT_EQ(mesh.vertices.size(), 3);
+  const Triangle& t = mesh.triangles[0];
+  EXPECT_TRUE(t.v[0] == 0 && t.v[1] == 1 && t.v[2] == 2 && t.dirty == 1 && t.deleted == 0);
+  EXPECT_TRUE(mesh.vertices[1].p.x == 1 && mesh.vertices[0].border == 1 && mesh.refs.empty());
+}
+
+TEST(MeshSimplification, vertexNumbersOutsideAreRefusedBeforeAnyChange) {
+  using Mesh = MeshSimplification;
+  struct Case {
+    const char* name;
+    void (*call)(Mesh&);
+    bool alsoOfDeleted;
+  };
+  const Case cases[] = {
+      {"simplify_mesh", [](Mesh& m) { m.simplify_mesh(99, 7, false); }, true},
+      {"simplify_mesh_lossless", [](Mesh& m) { m.simplify_mesh_lossless(false); }, true},
+      {"update_mesh", [](Mesh& m) { m.update_mesh(0); }, true},
+      {"update_mesh", [](Mesh& m) { m.update_mesh(1); }, false},
+      {"compact_mesh", [](Mesh& m) { m.compact_mesh(); }, false},
+  };
+  for (const Case& c : cases)
+    for (const int number : {-1, 4, INT_MAX, INT_MIN})
+      for (const int deleted : {0, 1}) {
+        Mesh mesh = tetrahedron();
+        mesh.vertices[0].tcount = mesh.triangles[1].deleted = 1;
+        mesh.triangles[3].v[2] = number;
+        mesh.triangles[3].deleted = deleted;
+        const auto before = bits(mesh);
+        const std::string text = thrownText<std::invalid_argument>([&] { c.call(mesh); });
+        const bool refused = !deleted || c.alsoOfDeleted;
+        EXPECT_EQ(text, refused ? std::string(c.name) + ": vertex number of a triangle: " + std::to_string(number) +
+                                      " given, 0 to 3 expected"
+                                : "nothing");
+        EXPECT_EQ(bits(mesh) == before, refused) << c.name;
+      }
+}
+
+TEST(MeshSimplification, stepsRefuseWhatLeadsOutside) {
+  using Mesh = MeshSimplification;
+  using Marks = std::vector<int>;
+  const std::pair<const char*, void (*)(Mesh&, Marks&)> faults[] = {
+      {"tstart", [](Mesh& m, Marks&) { m.vertices[0].tstart = -1; }},
+      {"tstart", [](Mesh& m, Marks&) { m.vertices[0].tstart = INT_MAX; }},
+      {"tstart", [](Mesh& m, Marks&) { m.vertices[0].tcount = INT_MAX; }},
+      {"elements of deleted", [](Mesh&, Marks& marks) { marks.pop_back(); }},
+      {"triangle of a reference", [](Mesh& m, Marks&) { m.refs[1].tid = 4; }},
+      {"corner of a reference", [](Mesh& m, Marks&) { m.refs[1].tvertex = 3; }},
+      {"vertex number", [](Mesh& m, Marks&) { m.triangles[0].v[1] = 4; }},
+  };
+  const auto refuses = [](const char* what, const auto& call) {
+    EXPECT_NE(thrownText<std::invalid_argument>(call).find(what), std::string::npos) << what;
+  };
+  Mesh whole = tetrahedron();
+  whole.update_mesh(0);
+  vec3f p;
+  int count = 0;
+  for (const auto& [what, spoil] : faults) {
+    Mesh mesh = whole;
+    Marks marks(3, 0);
+    spoil(mesh, marks);
+    Vertex& vertex = mesh.vertices[0];
+    refuses(what, [&] { mesh.flipped(p, 0, 1, vertex, vertex, marks); });
+    refuses(what, [&] { mesh.update_triangles(0, vertex, marks, count); });
+    refuses(what, [&] { mesh.update_uvs(0, vertex, p, marks); });
+  }
+  Marks marks(3, 0);
+  for (const int number : {-1, 4}) {
+    refuses("id_v1", [&] { whole.calculate_error(number, 0, p); });
+    refuses("id_v2", [&] { whole.calculate_error(0, number, p); });
+    refuses("i0", [&] { whole.update_triangles(number, whole.vertices[0], marks, count); });
+  }
+  refuses("attrs", [&] { whole.interpolate(p, p, p, p, nullptr); });
+}
+
+}  // namespace
+}  // namespace MirelAlgorithms
