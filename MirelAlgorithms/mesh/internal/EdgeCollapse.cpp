@@ -13,6 +13,14 @@
 namespace MirelAlgorithms {
 namespace {
 
+// Starts loading a record of one or two cache lines: those of a fan lie anywhere, and are needed at once.
+template <class Record>
+void prefetch(const Record& record) {
+  const char* const start = reinterpret_cast<const char*>(&record);
+  _mm_prefetch(start, _MM_HINT_T0);
+  if (sizeof(Record) > 64) _mm_prefetch(start + 64, _MM_HINT_T0);
+}
+
 bool breaks(const Spoke& a, const Spoke& b, const vec3f& normal) {
   if (isClearlyKept(a, b, normal)) return false;
   const vec3f d1 = quadric::normalized(a.direction), d2 = quadric::normalized(b.direction);
@@ -50,17 +58,24 @@ void EdgeCollapse::update(int iteration) {
 }
 
 void EdgeCollapse::computeErrors() {
-  for (const Face& face : faces_)
-    for (int j = 0; j < 3; ++j) edges_.push_back({face.v[j], face.v[fan::after(j)]});
+  constexpr std::size_t block = 256;
   std::vector<double> errors;
-  edgeErrors(vertices_, edges_, errors);
-  for (std::size_t i = 0; i < faces_.size(); ++i) {
-    std::copy_n(&errors[3 * i], 3, faces_[i].err);
-    errors_[i] = fan::smallest(faces_[i].err);
-    if (!triangles_[i].deleted) continue;
-    faces_[i].source = deleted;
-    errors_[i] = never;
+  for (std::size_t first = 0; first < faces_.size(); first += block) {
+    const std::size_t count = std::min(block, faces_.size() - first);
+    edges_.clear();
+    for (std::size_t i = first; i < first + count; ++i)
+      for (int j = 0; j < 3; ++j) edges_.push_back({faces_[i].v[j], faces_[i].v[fan::after(j)]});
+    edgeErrors(vertices_, edges_, errors);
+    for (std::size_t i = 0; i < count; ++i) setErrors(first + i, &errors[3 * i]);
   }
+}
+
+void EdgeCollapse::setErrors(std::size_t i, const double* errors) {
+  std::copy_n(errors, 3, faces_[i].err);
+  errors_[i] = fan::smallest(errors);
+  if (!triangles_[i].deleted) return;
+  faces_[i].source = deleted;
+  errors_[i] = never;
 }
 
 void EdgeCollapse::settleBorders(const std::vector<int>& before) {
@@ -107,11 +122,9 @@ int EdgeCollapse::collapseOneEdge(const Face& face, double threshold) {
   return 0;
 }
 
-// The faces around a vertex, which lie anywhere.
 void EdgeCollapse::prefetchFan(const Vertex& vertex) const {
   const Ref* const refs = refs_.data() + vertex.tstart;
-  for (int k = 0; k < vertex.tcount; ++k)
-    _mm_prefetch(reinterpret_cast<const char*>(&faces_[refs[k].tid]), _MM_HINT_T0);
+  for (int k = 0; k < vertex.tcount; ++k) prefetch(faces_[refs[k].tid]);
 }
 
 bool EdgeCollapse::hasTexture(const Face& face) const {
@@ -134,6 +147,7 @@ void EdgeCollapse::gatherFan(const Vertex& vertex, int other, Fan& fan) {
     const Face& face = faces_[ref.tid];
     if (face.source == deleted) continue;
     const int id1 = face.v[fan::after(ref.tvertex)], id2 = face.v[fan::after(fan::after(ref.tvertex))];
+    prefetch(vertices_[id1]);
     if (id1 == other || id2 == other)
       fan.push_back({ref, goes, goes});
     else

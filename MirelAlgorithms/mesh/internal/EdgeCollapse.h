@@ -6,6 +6,7 @@
 #include <MirelAlgorithms/mesh/internal/FanNeighbours.h>
 #include <MirelAlgorithms/mesh/internal/Spoke.h>
 
+#include <cstddef>
 #include <vector>
 
 namespace MirelAlgorithms {
@@ -46,6 +47,7 @@ class EdgeCollapse {
   using Fan = std::vector<Member>;
 
   void computeErrors();
+  void setErrors(std::size_t i, const double* errors);
   void settleBorders(const std::vector<int>& before);
   void removeDeleted();
   int collapseOneEdge(const Face& face, double threshold);
