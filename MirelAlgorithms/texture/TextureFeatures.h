@@ -29,7 +29,8 @@ namespace MirelAlgorithms {
 /// left over and makes a further cell that leaves the image is OpenCV's region error; parameters that OpenCV refuses
 /// are its errors too.
 ///
-/// Any number of calls at once. Time is that of one detection and one description by ORB, whatever the number of cells.
+/// Any number of calls at once. Time is that of one detection and one description by ORB, whatever the number of cells,
+/// except with an edge threshold below 15 or enlarged pyramid levels: then each cell is a detection of its own.
 MIREL_API int textureExtract(const cv::Mat& image, std::vector<cv::Vec2f>& points, cv::Mat& descriptors,
                              SmartPtr<AttrContainer> attrs);
 
