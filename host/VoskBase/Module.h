@@ -3,10 +3,14 @@
 
 #include <VoskBase/Export.h>
 
+#if defined(_WIN32)
+struct HINSTANCE__;  // of windows.h
+#endif
+
 namespace VoskBase {
 
 #if defined(_WIN32)
-using InstanceHandle = struct HINSTANCE__*;
+using InstanceHandle = HINSTANCE__*;
 #else
 using InstanceHandle = void*;
 #endif

@@ -2,8 +2,9 @@
 #include <VoskBase/Module.h>
 
 #if defined(_WIN32)
+#include <afxwin.h>
+// Needs the header above; the entry point's source is the one place for it.
 #include <afxdllx.h>
-#include <windows.h>
 #endif
 
 namespace MirelAlgorithms {

@@ -1,8 +1,9 @@
 /// What happens when the library is loaded and unloaded.
 ///
 /// The library registers its module with the host's base library and then, on Windows, as an extension module of the
-/// host's framework; unloading takes both back in reverse order. Written over the two partners so that their refusals
-/// can be tested; the system's entry points are at the end of ModuleRegistration.cpp.
+/// host's framework; unloading takes both back in reverse order. Windows also unloads after a refused load, so
+/// the partners are then asked to take back what they have not begun. Written over the two partners so that their
+/// refusals can be tested; the system's entry points are at the end of ModuleRegistration.cpp.
 #pragma once
 
 namespace MirelAlgorithms {
