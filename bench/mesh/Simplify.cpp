@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <iterator>
-#include <map>
 #include <vector>
 
 #include "mesh/BumpySphere.h"
@@ -31,13 +30,6 @@ using bench::vec3f;
 
 constexpr int tenth = 10;
 
-const MeshSimplification& scan(benchmark::State& state) {
-  static std::map<int, MeshSimplification> scans;
-  const auto [entry, isNew] = scans.try_emplace(static_cast<int>(state.range(0)));
-  if (isNew) entry->second = bench::bumpySphere(entry->first);
-  return entry->second;
-}
-
 template <class Corner>
 void report(benchmark::State& state, std::size_t before, std::size_t after, Corner corner) {
   state.counters["left"] = static_cast<double>(after);
@@ -47,8 +39,7 @@ void report(benchmark::State& state, std::size_t before, std::size_t after, Corn
 
 int target(const MeshSimplification& mesh) { return static_cast<int>(mesh.triangles.size()) / tenth; }
 
-void simplify(benchmark::State& state) {
-  const MeshSimplification& whole = scan(state);
+void simplify(benchmark::State& state, const MeshSimplification& whole) {
   MeshSimplification mesh;
   for (auto _ : state) {
     state.PauseTiming();
@@ -60,8 +51,7 @@ void simplify(benchmark::State& state) {
          [&](std::size_t t, int i) { return mesh.vertices[static_cast<std::size_t>(mesh.triangles[t].v[i])].p; });
 }
 
-void simplifyLossless(benchmark::State& state) {
-  const MeshSimplification& whole = scan(state);
+void simplifyLossless(benchmark::State& state, const MeshSimplification& whole) {
   MeshSimplification mesh;
   for (auto _ : state) {
     state.PauseTiming();
@@ -73,8 +63,7 @@ void simplifyLossless(benchmark::State& state) {
 }
 
 #if MIREL_BENCH_MESHOPTIMIZER
-void simplifyMeshoptimizer(benchmark::State& state) {
-  const MeshSimplification& whole = scan(state);
+void simplifyMeshoptimizer(benchmark::State& state, const MeshSimplification& whole) {
   std::vector<float> positions;
   for (const auto& [p, start, count, q, border] : whole.vertices)
     for (const double coordinate : {p.x, p.y, p.z}) positions.push_back(static_cast<float>(coordinate));
@@ -94,11 +83,10 @@ void simplifyMeshoptimizer(benchmark::State& state) {
 #endif
 
 #if MIREL_BENCH_CGAL
-void simplifyCgal(benchmark::State& state) {
+void simplifyCgal(benchmark::State& state, const MeshSimplification& whole) {
   using Kernel = CGAL::Simple_cartesian<double>;
   using Mesh = CGAL::Surface_mesh<Kernel::Point_3>;
   namespace Simplification = CGAL::Surface_mesh_simplification;
-  const MeshSimplification& whole = scan(state);
   Mesh original;
   for (const auto& vertex : whole.vertices) original.add_vertex({vertex.p.x, vertex.p.y, vertex.p.z});
   for (const auto& triangle : whole.triangles)
@@ -128,13 +116,12 @@ void simplifyCgal(benchmark::State& state) {
 #endif
 
 #if MIREL_BENCH_OPENMESH
-void simplifyOpenMesh(benchmark::State& state) {
+void simplifyOpenMesh(benchmark::State& state, const MeshSimplification& whole) {
   struct Doubles : OpenMesh::DefaultTraits {
     using Point = OpenMesh::Vec3d;
     using Normal = OpenMesh::Vec3d;
   };
   using Mesh = OpenMesh::TriMesh_ArrayKernelT<Doubles>;
-  const MeshSimplification& whole = scan(state);
   Mesh original;
   for (const auto& vertex : whole.vertices) original.add_vertex({vertex.p.x, vertex.p.y, vertex.p.z});
   for (const auto& triangle : whole.triangles)
@@ -162,24 +149,29 @@ void simplifyOpenMesh(benchmark::State& state) {
 }
 #endif
 
-// 8 n^2 triangles.
-constexpr int n20k = 50, n200k = 158, n2M = 500;
+// A mesh of 8 n^2 triangles.
+template <void (*function)(benchmark::State&, const MeshSimplification&), int n>
+void on(benchmark::State& state) {
+  static const MeshSimplification mesh = bench::bumpySphere(n);
+  function(state, mesh);
+}
 
-BENCHMARK(simplify)->Arg(n20k)->Arg(n200k)->Arg(n2M)->Unit(benchmark::kMillisecond);
-BENCHMARK(simplifyLossless)->Name("simplify_lossless")->Arg(n200k)->Unit(benchmark::kMillisecond);
+#define MIREL_SIMPLIFY(function, name)                                           \
+  BENCHMARK(on<function, 50>)->Name(name "/20k")->Unit(benchmark::kMillisecond); \
+  BENCHMARK(on<function, 158>)->Name(name "/200k")->Unit(benchmark::kMillisecond)
+
+MIREL_SIMPLIFY(simplify, "simplify");
+BENCHMARK(on<simplify, 500>)->Name("simplify/2M")->Unit(benchmark::kMillisecond);
+BENCHMARK(on<simplifyLossless, 158>)->Name("simplify_lossless/200k")->Unit(benchmark::kMillisecond);
 #if MIREL_BENCH_MESHOPTIMIZER
-BENCHMARK(simplifyMeshoptimizer)
-    ->Name("simplify_meshoptimizer")
-    ->Arg(n20k)
-    ->Arg(n200k)
-    ->Arg(n2M)
-    ->Unit(benchmark::kMillisecond);
+MIREL_SIMPLIFY(simplifyMeshoptimizer, "simplify_meshoptimizer");
+BENCHMARK(on<simplifyMeshoptimizer, 500>)->Name("simplify_meshoptimizer/2M")->Unit(benchmark::kMillisecond);
 #endif
 #if MIREL_BENCH_CGAL
-BENCHMARK(simplifyCgal)->Name("simplify_cgal")->Arg(n20k)->Arg(n200k)->Unit(benchmark::kMillisecond);
+MIREL_SIMPLIFY(simplifyCgal, "simplify_cgal");
 #endif
 #if MIREL_BENCH_OPENMESH
-BENCHMARK(simplifyOpenMesh)->Name("simplify_openmesh")->Arg(n20k)->Arg(n200k)->Unit(benchmark::kMillisecond);
+MIREL_SIMPLIFY(simplifyOpenMesh, "simplify_openmesh");
 #endif
 
 }  // namespace
