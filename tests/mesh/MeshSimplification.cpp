@@ -220,6 +220,7 @@ TEST(MeshSimplification, vertexNumbersOutsideAreRefusedBeforeAnyChange) {
       {"simplify_mesh", [](Mesh& m) { m.simplify_mesh(99, 7, false); }, true},
       {"simplify_mesh_lossless", [](Mesh& m) { m.simplify_mesh_lossless(false); }, true},
       {"update_mesh", [](Mesh& m) { m.update_mesh(0); }, true},
+      {"update_mesh", [](Mesh& m) { m.update_mesh(-1); }, true},
       {"update_mesh", [](Mesh& m) { m.update_mesh(1); }, false},
       {"compact_mesh", [](Mesh& m) { m.compact_mesh(); }, false},
   };

@@ -41,7 +41,7 @@ TEST(ObjReading, linesAsDescribed) {
       {"f 0 -1 2147483647\nf -2147483648 1 1\n", "[-1 -2 2147483646 -1 0][2147483647 0 0 -1 0]"},
       {"usemtl a\nf 1 2 3\nusemtl \t b \r\nf 1 2 3\nusemtl a\nf 1 2 3\nmtllib  x y.mtl \n",
        "[0 1 2 0 0][0 1 2 1 0][0 1 2 0 0]<a><b>x y.mtl"},
-      {"usemtl\nf 1 2 3\nusemtlXc\xE9\nusemtl d\0e\nmtllib_m\nusemtl"s, "[0 1 2 0 0]<><c\xE9><d>m"},
+      {"usemtl\nf 1 2 3\nusemtlXc\xE9\nusemtl d\0e\nmtllib_m\nusemtl\0 b\nusemtl"s, "[0 1 2 0 0]<><c\xE9><d>m"},
       {"v 1 2 3" + spaces.substr(0, 992) + "v 4 5 6\n# " + spaces + "f 1 2 3\n", "1,2,3 4,5,6 "},
       {"# " + spaces.substr(0, 997) + "f 1 2 3\nf 4 5 6" + spaces, "[0 1 2 -1 0][3 4 5 -1 0]"},
   };
@@ -55,7 +55,7 @@ TEST(ObjReading, linesAsDescribed) {
 // Triangle i takes entry i of the faces with texture coordinates, whether it is that face or not.
 TEST(ObjReading, textureByTriangleNumber) {
   const ObjFile file(
-      "vt 0.5 0.25\nvt 1 2 3\nvt\t4 4\nvt 7\nf 1/1/1 2/2/1 3/1/1\nf 1 2 3\nf 1/2/1 2/3/1 3/0/1\nf 1/1/1 2/1/1 3/1/1\n");
+      "vt 0.5 0.25\nvt 1 2 3\nvt\t4 4\nvt 7\nf 1/1/1 2/2/1 3/1/1\nf 1 2 3\nf 1/2/1 2/9/1 3/0/1\nf 1/1/1 2/1/1 3/1/1\n");
   MeshSimplification mesh;
   mesh.load_obj(file.name(), true);
   EXPECT_EQ(describe(mesh),
