@@ -77,7 +77,8 @@ class MIREL_API MeshSimplification {
   /// @param aggressiveness  7 for ordinary meshes; smaller: more passes and a better surface; NaN: nothing collapses
   /// @param verbose         print a line every fifth pass
   ///
-  /// Time about in proportion to the triangles. Memory beside the mesh: 72 bytes a triangle.
+  /// Time about in proportion to the triangles. Memory beside the mesh and its references: about
+  /// 80 bytes a triangle.
   void simplify_mesh(int target_count, double aggressiveness, bool verbose);
 
   /// Collapses edges as long as that changes the surface by practically nothing (an error below 2^-52), at most for

@@ -3,6 +3,7 @@
 
 #include <climits>
 #include <cstddef>
+#include <string>
 
 namespace MirelAlgorithms {
 namespace {
@@ -33,7 +34,8 @@ void requireFan(const char* function, const char* argument, const MeshSimplifica
   if (vertex.tcount <= 0) return;
   const long long count = vertex.tcount;
   requireRange(function, argument, vertex.tstart, 0, static_cast<long long>(mesh.refs.size()) - count);
-  requireRange(function, "elements of deleted", static_cast<long long>(marks.size()), count, 1LL << 62);
+  if (static_cast<long long>(marks.size()) < count)
+    refuse(function, "elements of deleted", std::to_string(marks.size()), "at least " + std::to_string(count));
   for (long long k = 0; k < count; ++k) {
     const Ref& ref = mesh.refs[static_cast<std::size_t>(vertex.tstart + k)];
     requireRange(function, "triangle of a reference", ref.tid, 0, last(mesh.triangles.size()));
