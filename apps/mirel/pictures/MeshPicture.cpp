@@ -89,7 +89,7 @@ double meanEdge(const Surface& surface) {
 
 /// Where the surface is nearest to the middle, as large as it takes to see the triangles of both.
 View detailView(const View& whole, const Vector3d& middle, double edgeBefore, double edgeAfter) {
-  constexpr double shown = 22, least = 2, most = 200;  // pixels for a side of typical length; times the whole view
+  constexpr double shown = 30, least = 2, most = 200;  // pixels for a side of typical length; times the whole view
   View view = whole;
   view.size = {panelWidth, detailHeight};
   view.centre = middle;
