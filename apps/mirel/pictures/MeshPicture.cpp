@@ -155,7 +155,7 @@ cv::Mat captioned(const cv::Mat& panel, const std::string& text) {
 
 std::string grouped(std::size_t number) {
   std::string text = fmt::format("{}", number);
-  for (int at = static_cast<int>(text.size()) - 3; at > 0; at -= 3) text.insert(static_cast<std::size_t>(at), " ");
+  for (int at = static_cast<int>(text.size()) - 3; at > 0; at -= 3) text.insert(static_cast<std::size_t>(at), 1, ' ');
   return text;
 }
 
