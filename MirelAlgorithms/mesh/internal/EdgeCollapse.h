@@ -66,9 +66,9 @@ class EdgeCollapse {
   std::vector<Vertex>& vertices_;
   std::vector<Ref>& refs_;
   std::vector<Face> faces_;
-  std::vector<double> errors_;   // smallest of each face; NaN when it is deleted
-  std::vector<char> dirty_;      // faces changed in this pass
-  std::vector<char> unsettled_;  // vertices whose border changed after the errors were computed
+  std::vector<double> errors_;            // smallest of each face; NaN when it is deleted
+  std::vector<unsigned char> dirty_;      // faces changed in this pass
+  std::vector<unsigned char> unsettled_;  // vertices whose border changed after the errors were computed
   bool anyTexture_ = false;
 
   // Around the edge at hand.

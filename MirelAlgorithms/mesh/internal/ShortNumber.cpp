@@ -1,5 +1,6 @@
 #include <MirelAlgorithms/mesh/internal/ShortNumber.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -44,7 +45,7 @@ char* writeDigits(char* out, int digits, int exponent) {
   }
   const int whole = exponent + 1;  // digits before the point
   if (whole <= 0) {
-    std::memcpy(out, "0.0000", 6);
+    std::copy_n("0.0000", 6, out);
     out += 2 - whole;
     std::memcpy(out, text, digitCount);
     return out + used;
