@@ -26,6 +26,9 @@ bool breaks(const Spoke& a, const Spoke& b, const vec3f& normal) {
   return fan::isSliver(d1, d2) || fan::isTurned(d1, d2, normal);
 }
 
+// Larger fans are looked at one by one first: mostly one of the first faces keeps the edge from collapsing.
+constexpr int mostGathered = 64;
+
 constexpr double never = std::numeric_limits<double>::quiet_NaN();  // as an error: below no threshold
 
 }  // namespace
@@ -112,10 +115,12 @@ int EdgeCollapse::collapseOneEdge(const Face& face, double threshold) {
     const int i0 = face.v[j], i1 = face.v[fan::after(j)];
     const Vertex &a = vertices_[i0], &b = vertices_[i1];
     if (a.border != b.border) continue;
-    prefetchFan(a);
-    prefetchFan(b);
+    const bool small = a.tcount + b.tcount <= mostGathered;
+    if (small) prefetchFan(a);
+    if (small) prefetchFan(b);
     vec3f p;
     quadric::collapseError(a, b, p);
+    if (!small && (isBroken(a, i1, p) || isBroken(b, i0, p))) continue;
     if (mayMove(i0, i1, p)) return collapse(hasTexture(face), i0, i1, p);
   }
   return 0;
@@ -124,6 +129,18 @@ int EdgeCollapse::collapseOneEdge(const Face& face, double threshold) {
 void EdgeCollapse::prefetchFan(const Vertex& vertex) const {
   const Ref* const refs = refs_.data() + vertex.tstart;
   for (int k = 0; k < vertex.tcount; ++k) prefetch(faces_[refs[k].tid]);
+}
+
+bool EdgeCollapse::isBroken(const Vertex& vertex, int other, const vec3f& p) const {
+  for (int k = 0; k < vertex.tcount; ++k) {
+    const Ref ref = refs_[vertex.tstart + k];
+    const Face& face = faces_[ref.tid];
+    if (face.source == deleted) continue;
+    const int id1 = face.v[fan::after(ref.tvertex)], id2 = face.v[fan::after(fan::after(ref.tvertex))];
+    if (id1 == other || id2 == other) continue;
+    if (breaks(spoke(p, vertices_[id1].p), spoke(p, vertices_[id2].p), face.n)) return true;
+  }
+  return false;
 }
 
 bool EdgeCollapse::hasTexture(const Face& face) const {

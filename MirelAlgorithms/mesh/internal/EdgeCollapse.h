@@ -52,6 +52,7 @@ class EdgeCollapse {
   void removeDeleted();
   int collapseOneEdge(const Face& face, double threshold);
   void prefetchFan(const Vertex& vertex) const;
+  bool isBroken(const Vertex& vertex, int other, const vec3f& p) const;
   bool mayMove(int i0, int i1, const vec3f& p);
   void gatherFan(const Vertex& vertex, int other, Fan& fan);
   bool keepsShape(const Fan& fan) const;
