@@ -24,9 +24,10 @@ MeshSimplification tetrahedron() {
   return meshOf({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}}, {{0, 2, 1}, {0, 1, 3}, {1, 2, 3}, {2, 0, 3}});
 }
 
-enum Kind { grid, closed, soup };
+enum Kind { grid, closed, soup, fan };
 
-// A height field; rows around an axis; triangles at random, with edges of many triangles and corners that coincide.
+// A height field; rows around an axis; triangles at random, with edges of many triangles and corners that coincide; the
+// same with one vertex in all of them.
 MeshSimplification randomMesh(Kind kind, bool textured, bool hostile, unsigned seed) {
   std::mt19937 random(seed);
   std::uniform_real_distribution<double> unit(0, 1);
@@ -48,7 +49,10 @@ MeshSimplification randomMesh(Kind kind, bool textured, bool hostile, unsigned s
     Triangle& t = mesh.triangles.emplace_back();
     for (int j = 0; j < 3; ++j) {
       const int lower[] = {a, b, a + width}, upper[] = {b, b + width, a + width};
-      t.v[j] = kind == soup ? static_cast<int>(random() % mesh.vertices.size()) : (i % 2 ? upper : lower)[j];
+      const bool anywhere = kind == soup || (kind == fan && j > 0);
+      t.v[j] = anywhere      ? static_cast<int>(random() % mesh.vertices.size())
+               : kind == fan ? 0
+                             : (i % 2 ? upper : lower)[j];
       t.uvs[j] = {unit(random), unit(random), 0};
     }
     t.attr = textured && random() % 4 ? Triangle::hasTexture : 0;
@@ -94,7 +98,7 @@ std::string printed(const Call& call) {
 // Each mesh is simplified twice: the second time meets what the first has left in border flags and references.
 TEST(MeshSimplification, wholeMeshesAsByTheLiteralForm) {
   const double aggressivenesses[] = {7, 4, 9, 0, 1e9, std::nan("")};
-  for (const Kind kind : {grid, closed, soup})
+  for (const Kind kind : {grid, closed, soup, fan})
     for (unsigned seed = 0; seed < 48; ++seed) {
       MeshSimplification mesh = randomMesh(kind, seed & 1, seed & 2, seed);
       literal::Mesh wanted = literalOf(mesh);
