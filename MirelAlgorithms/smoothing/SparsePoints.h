@@ -41,9 +41,9 @@ namespace MirelAlgorithms {
 ///               five and fewer rows than `smoothSparseMinPts`
 ///
 /// `std::invalid_argument`, with `out` as it was: rows of fewer than 20 bytes. The same input gives the same
-/// rows on every call: the random trees of the search are seeded, and the caller's generator goes on undisturbed. (Lists
-/// shorter than the default of `smoothSparseMinPts` can be an exception in the neighbourhood mode: OpenCV's search
-/// forgets fewer of its branches once the thread has searched a longer list.) Any number of threads on their own
+/// rows on every call: the random trees of the search are seeded, and the caller's generator goes on undisturbed.
+/// (Lists shorter than the default of `smoothSparseMinPts` can be an exception in the neighbourhood mode: OpenCV's
+/// search forgets fewer of its branches once the thread has searched a longer list.) Any number of threads on their own
 /// outputs.
 MIREL_API bool smoothSparse3D(const cv::Mat& in, cv::Mat& out, SmartPtr<AttrContainer> attrs);
 

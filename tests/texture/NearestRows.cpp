@@ -53,7 +53,7 @@ INSTANTIATE_TEST_SUITE_P(everyInstructionSet, NearestRowsTest,
 TEST(NearestRowsRefusals, descriptorsThatCannotBeCompared) {
   const cv::Mat good = cv::Mat::zeros(2, 32, CV_8UC1);
   for (const cv::Mat bad : {cv::Mat::zeros(2, 31, CV_8UC1), cv::Mat::zeros(2, 8, CV_32FC1),
-                             cv::Mat::zeros(2, 32, CV_8UC2), cv::Mat::zeros(1 << 18, 32, CV_8UC1)}) {
+                            cv::Mat::zeros(2, 32, CV_8UC2), cv::Mat::zeros(1 << 18, 32, CV_8UC1)}) {
     EXPECT_THROW(findNearestRows("test", good, bad, false), std::invalid_argument);
     EXPECT_THROW(findNearestRows("test", bad, good, false), std::invalid_argument);
   }
