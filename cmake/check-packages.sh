@@ -11,7 +11,12 @@ root=$(mktemp -d)
 trap 'rm -rf "$root"' EXIT
 
 there() { chroot "$root" env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin DEBIAN_FRONTEND=noninteractive "$@"; }
-install_there() { there apt-get install -y -qq --no-install-recommends "$@" >"$root/apt.log" 2>&1 || { cat "$root/apt.log"; exit 1; }; }
+install_there() {
+  there apt-get install -y -qq --no-install-recommends "$@" >"$root/apt.log" 2>&1 || { cat "$root/apt.log"; exit 1; }
+}
+
+# deb PATTERN: the package of that name, as the bare system has it.
+deb() { (cd "$packages" && printf '/tmp/%s' $1_*.deb); }
 
 # picture SHIFT: a grey image of random squares, seen SHIFT pixels further right.
 picture() {
@@ -32,7 +37,7 @@ picture 0 > "$root/tmp/a.pgm"
 picture 5 > "$root/tmp/b.pgm"
 
 echo "Library and tool"
-install_there /tmp/libmirelalgorithms0.*.deb /tmp/mirel_*.deb
+install_there "$(deb "libmirelalgorithms[0-9]*")" "$(deb mirel)"
 there mirel --version
 there mirel track /tmp/a.pgm /tmp/b.pgm --out /tmp/out
 test -s "$root/tmp/out/report.html"
@@ -40,7 +45,7 @@ test -s "$root/usr/share/man/man1/mirel.1.gz"
 test -s "$root/usr/share/bash-completion/completions/mirel"
 
 echo "Development files"
-install_there /tmp/libmirelalgorithms-dev_*.deb g++ cmake make
+install_there "$(deb libmirelalgorithms-dev)" g++ cmake make
 there cmake -S /tmp/consumer -B /tmp/consumer/build >/dev/null
 there cmake --build /tmp/consumer/build
 there /tmp/consumer/build/match_two_frames /tmp/a.pgm /tmp/b.pgm

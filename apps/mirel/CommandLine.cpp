@@ -33,8 +33,10 @@ class CommandLine {
   CommandLine() : app_("Image-processing and numerical algorithms for structure from motion", "mirel") {
     app_.set_version_flag("--version", versionText, "version, OpenCV version, xfeatures2d, instruction set");
     app_.require_subcommand(0, 1);
-    app_.footer("mirel SUBCOMMAND --help, or mirel help SUBCOMMAND, tells more.\n\n" +
-                examplesText({"mirel track left01.jpg left02.jpg", "mirel settings"}));
+    app_.footer(
+        "mirel SUBCOMMAND --help, or mirel help SUBCOMMAND, tells more.\n"
+        "mirel --config run.json repeats a recorded run.\n\n" +
+        examplesText({"mirel track left01.jpg left02.jpg", "mirel settings"}));
     for (const CommandEntry& entry : commands()) {
       CLI::App* sub = app_.add_subcommand(entry.name, entry.summary);
       sub->footer(examplesText(entry.examples));
@@ -46,6 +48,7 @@ class CommandLine {
   int run(std::vector<std::string> arguments) {
     try {
       rewrite(arguments);
+      requireKnownSubcommand(arguments);
       std::reverse(arguments.begin(), arguments.end());  // as the parser takes them
       app_.parse(arguments);
       for (const Entry& entry : commands_) {
@@ -74,11 +77,21 @@ class CommandLine {
   /// "help SUB" is "SUB --help"; "--config FILE" without a subcommand takes the recorded one.
   static void rewrite(std::vector<std::string>& arguments) {
     if (!arguments.empty() && arguments[0] == "help") {
-      arguments.erase(arguments.begin());
+      while (!arguments.empty() && arguments[0] == "help") arguments.erase(arguments.begin());
       arguments.push_back("--help");
     } else if (arguments.size() >= 2 && arguments[0] == "--config") {
       arguments.insert(arguments.begin(), readRunRecord(arguments[1])["command"].get<std::string>());
     }
+  }
+
+  /// Before the parser, which would answer a request for help on an unknown subcommand with the general help.
+  void requireKnownSubcommand(const std::vector<std::string>& arguments) const {
+    if (arguments.empty() || arguments[0].starts_with("-")) return;
+    std::vector<std::string> names = {"help"};
+    for (const Entry& entry : commands_) names.push_back(entry.app->get_name());
+    if (std::find(names.begin(), names.end(), arguments[0]) != names.end()) return;
+    const std::string hint = didYouMean(arguments[0], names);
+    throw UsageError("unknown subcommand '" + arguments[0] + "'" + (hint.empty() ? "; see: mirel --help" : hint));
   }
 
   const CLI::App* parsedCommand() const {
@@ -86,17 +99,12 @@ class CommandLine {
     return entry == commands_.end() ? nullptr : entry->app;
   }
 
+  /// A word that the parser had no use for.
   std::string unknownWord() const {
     const CLI::App* sub = parsedCommand();
     const std::vector<std::string> extras = app_.remaining(true);
     const std::string word = extras.empty() ? "" : extras.front();
-    if (!word.starts_with("-")) {
-      if (sub != nullptr) return "unexpected argument '" + word + "'";
-      std::vector<std::string> names = {"help"};
-      for (const Entry& entry : commands_) names.push_back(entry.app->get_name());
-      const std::string hint = didYouMean(word, names);
-      return "unknown subcommand '" + word + "'" + (hint.empty() ? "; see: mirel --help" : hint);
-    }
+    if (!word.starts_with("-")) return "unexpected argument '" + word + "'";
     std::vector<std::string> names;
     for (const CLI::Option* option : (sub != nullptr ? sub : &app_)->get_options()) {
       for (const std::string& name : option->get_lnames()) names.push_back("--" + name);

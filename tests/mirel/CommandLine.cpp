@@ -6,15 +6,18 @@ namespace {
 
 using CommandLine = ToolTest;
 
+const char* const subcommands[] = {"depth",    "features", "frustum", "imu",   "mesh",      "points",
+                                   "settings", "smooth",   "texture", "track", "visibility"};
+
 TEST_F(CommandLine, helpIsAskedForInManyWays) {
-  for (const char* arguments : {"", "--help", "help"}) {
+  for (const char* arguments : {"", "--help", "help", "help help"}) {
     const ToolResult result = run(arguments);
     EXPECT_EQ(result.status, 0) << arguments;
-    for (const char* command : {"track", "features", "imu", "smooth", "settings"}) {
+    for (const char* command : subcommands) {
       EXPECT_NE(result.output.find(command), std::string::npos) << arguments << command;
     }
   }
-  for (const std::string command : {"track", "features", "imu", "smooth", "settings"}) {
+  for (const std::string command : subcommands) {
     const ToolResult result = run(command + " --help");
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.output, run("help " + command).output);
@@ -42,6 +45,8 @@ TEST_F(CommandLine, wrongUsageIsOneLineAndLeavesNothing) {
     const char *arguments, *said;
   } cases[] = {
       {"trak a.png b.png", "did you mean track?"},
+      {"help trak", "did you mean track?"},
+      {"trak --help", "did you mean track?"},
       {"--versoin", "did you mean --version?"},
       {"track a.png b.png --mod wide", "did you mean --mode?"},
       {"track a.png b.png --mode wid", "did you mean wide?"},
