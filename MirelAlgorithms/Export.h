@@ -8,5 +8,6 @@
 #define MIREL_API __declspec(dllimport)
 #endif
 #else
+/// Marks what the library exports.
 #define MIREL_API __attribute__((visibility("default")))
 #endif

@@ -46,6 +46,7 @@ MIREL_API bool retrieveFeatures(const cv::Mat& image, cv::Mat& features, SmartPt
 /// @param image        8-bit grey, not empty; not written
 /// @param keyPoints    replaced
 /// @param descriptors  one row of CV_8UC1 per key point; without any key point it has no rows
+/// @param settings     keys of the two steps; null: defaults
 /// @return             true
 ///
 /// Errors are those of the two steps and leave both outputs as they were. Any number of threads on their own outputs.

@@ -24,7 +24,8 @@ class MIREL_API AccelIntegrator {
 
   /// One step. With speed in v and time in s, `acceleration` is in v / s.
   ///
-  /// @param dt  time since the last sample; negative steps go back, 0 only keeps the acceleration
+  /// @param acceleration  of this sample, kept
+  /// @param dt            time since the last sample; negative steps go back, 0 only keeps the acceleration
   void update(const cv::Vec3f& acceleration, float dt) {
     acceleration_ = acceleration;
     for (int axis = 0; axis < 3; ++axis) {
@@ -34,8 +35,8 @@ class MIREL_API AccelIntegrator {
   }
 
   cv::Vec3f acceleration() const { return acceleration_; }  ///< of the last step
-  cv::Vec3f speed() const { return speed_; }
-  cv::Vec3f position() const { return position_; }
+  cv::Vec3f speed() const { return speed_; }                ///< after the last step
+  cv::Vec3f position() const { return position_; }          ///< after the last step
 
   /// All three back to zero.
   void reset();

@@ -35,6 +35,7 @@ namespace MirelAlgorithms {
 /// -ffast-math and its like.
 class MIREL_API Butterworth {
  public:
+  /// Which side of the cut-off passes.
   enum PassType : int { Highpass = 0, Lowpass = 1 };
 
   /// Samples whose outputs are withheld.

@@ -25,7 +25,7 @@ namespace MirelAlgorithms {
 /// "outside", "no overlap" or a score of 0, as each function says. Const functions on any number of threads; the first
 /// `checkPose` fills `samplePts`.
 struct MIREL_API Frustum {
-  Mat4d pose;
+  Mat4d pose;                            ///< camera to world
   double near = 0.4;                     ///< nearest visible distance
   double far = 10.0;                     ///< farthest visible distance
   double fov;                            ///< full horizontal angle of view

@@ -37,20 +37,26 @@ class VisibilityCheck {
     std::vector<int> rays;    ///< indices of the points whose sight lines towards a sensor point cross it
     int firstPose = 0;        ///< smallest pose number among both
     int lastPose = 0;         ///< largest
-    int score = 0;
+    int score = 0;            ///< how often its points lie on sight lines of others; higher: seen better
   };
 
+  /// Voxels by integer coordinates.
   using Cells = std::unordered_map<VoskBase::Vec3d<int>, GridElement>;
+  /// The voxels with their side and the corner of voxel (0, 0, 0).
   using Grid = Brel::VoxelGrid<GridElement, Eigen::Vector3d, Cells>;
   using Points = std::vector<std::pair<Eigen::Vector3d, int>>;  ///< each in the frame of the pose with this number
 
   /// @param voxelSize  side of a voxel. When it is not above 0, voxels have sides of 0.25 and sight lines end in the
   ///                   voxel they start from
   MIREL_API explicit VisibilityCheck(double voxelSize);
+
+  /// Copies are independent; what was moved from may only be assigned to and destroyed. @{
   MIREL_API VisibilityCheck(const VisibilityCheck& other);
   MIREL_API VisibilityCheck(VisibilityCheck&& other) noexcept;
   MIREL_API VisibilityCheck& operator=(const VisibilityCheck& other);
   MIREL_API VisibilityCheck& operator=(VisibilityCheck&& other) noexcept;
+  /// @}
+
   MIREL_API ~VisibilityCheck();
 
   /// Builds the grid anew.

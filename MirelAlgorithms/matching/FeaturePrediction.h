@@ -27,9 +27,14 @@ namespace MirelAlgorithms {
 /// to end. Copy and assign only objects that no other thread is using; a copy is an object of its own.
 class MIREL_API FeaturePrediction {
  public:
+  /// No positions.
   FeaturePrediction() = default;
+
+  /// Copies the positions. @{
   FeaturePrediction(const FeaturePrediction& other);
   FeaturePrediction& operator=(const FeaturePrediction& other);
+  /// @}
+
   virtual ~FeaturePrediction();
 
   /// Sets the position at a time, in place of an earlier one for that time; the position (0, 0) erases it.

@@ -67,6 +67,9 @@ class MIREL_API Lsq {
   ///
   /// @param residuals  n numbers
   /// @param weights    receives n numbers; may be `residuals`
+  /// @param n          how many, at least 1
+  /// @param threshold  residuals of this many times the mean absolute residual weigh nothing
+  /// @param minScale   least value of the mean absolute residual in that product, in the unit of the residuals
   /// @return           0; 27 for a null pointer or n below 1
   ///
   /// Any number of threads.

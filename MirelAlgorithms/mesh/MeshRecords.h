@@ -9,11 +9,15 @@ namespace MirelAlgorithms {
 /// and NaN are carried through like any other value. The longer formulas are compiled here and not in the header, so
 /// that a caller's compiler flags cannot change their rounding.
 struct vec3f {
+  /// The components. @{
   double x = 0, y = 0, z = 0;
+  /// @}
 
+  /// Component by component. @{
   vec3f operator+(const vec3f& b) const { return {x + b.x, y + b.y, z + b.z}; }
   vec3f operator-(const vec3f& b) const { return {x - b.x, y - b.y, z - b.z}; }
   vec3f operator*(double scale) const { return {x * scale, y * scale, z * scale}; }
+  /// @}
 
   /// x b.x + y b.y + z b.z, summed in this order.
   MIREL_API double dot(const vec3f& b) const;
@@ -34,11 +38,12 @@ struct vec3f {
 ///         7 8
 ///           9
 struct SymetricMatrix {
-  double m[10] = {};
+  double m[10] = {};  ///< the coefficients
 
   /// All zero: no plane yet.
   SymetricMatrix() = default;
 
+  /// From its coefficients.
   SymetricMatrix(double m0, double m1, double m2, double m3, double m4, double m5, double m6, double m7, double m8,
                  double m9)
       : m{m0, m1, m2, m3, m4, m5, m6, m7, m8, m9} {}

@@ -26,8 +26,8 @@ namespace MirelAlgorithms {
 /// at a time. Copies are independent.
 class MIREL_API MeshSimplification {
  public:
-  std::vector<Triangle> triangles;
-  std::vector<Vertex> vertices;
+  std::vector<Triangle> triangles;     ///< those marked as deleted too, until `compact_mesh`
+  std::vector<Vertex> vertices;        ///< counted from 0
   std::vector<Ref> refs;               ///< triangles of the vertices, those of one vertex beside each other
   std::string mtllib;                  ///< material library named by the OBJ file; empty: none
   std::vector<std::string> materials;  ///< names in order of first use
@@ -44,6 +44,7 @@ class MIREL_API MeshSimplification {
   /// mesh. A face of another form, also `f 1/4 2/5 3/6` as `write_obj` writes it: a message, then the call waits for
   /// ever. `isReadableFace` tells before.
   ///
+  /// @param filename    name of the file, as the C library opens it
   /// @param process_uv  whether to give triangles texture coordinates. Triangle i takes the i-th of the faces with
   ///                    texture coordinates, so a file should have them in all of its faces or in none
   ///
@@ -74,6 +75,7 @@ class MIREL_API MeshSimplification {
   /// the model counts. Edges between border and interior are kept, also those whose collapse would turn a triangle by
   /// 78 degrees or make it a sliver. Triangles marked as deleted come back first.
   ///
+  /// @param target_count    triangles wanted
   /// @param aggressiveness  7 for ordinary meshes; smaller: more passes and a better surface; NaN: nothing collapses
   /// @param verbose         print a line every fifth pass
   ///
@@ -96,7 +98,8 @@ class MIREL_API MeshSimplification {
   /// Error of collapsing the edge between two vertices: sum of squared distances from the planes of both, at the best
   /// position, or at the best of both ends and the middle when both are on the border or there is no best position.
   ///
-  /// @param p_result  the position; stays as it is when no error can be compared (NaN)
+  /// @param id_v1, id_v2  numbers of the two vertices
+  /// @param p_result      the position; stays as it is when no error can be compared (NaN)
   double calculate_error(int id_v1, int id_v2, vec3f& p_result);
 
   /// Sum of squared distances of a point from the planes in a quadric.
@@ -126,6 +129,8 @@ class MIREL_API MeshSimplification {
   /// at point `p` of the triangle's plane.
   ///
   /// @param i0       not read
+  /// @param v        the vertex, with its references
+  /// @param p        its new position
   /// @param deleted  at least `v.tcount` elements; triangles with an element other than 0 are left alone
   void update_uvs(int i0, const Vertex& v, const vec3f& p, std::vector<int>& deleted);
 

@@ -13,8 +13,10 @@ namespace Brel {
 template <class Element, class Point, class Map>
 class VoxelGrid {
  public:
+  /// Integer coordinates of a cell.
   using Key = typename Map::key_type;
 
+  /// No cells; sides of 0.25.
   VoxelGrid() = default;
   VoxelGrid(const VoxelGrid&) = default;
   VoxelGrid(VoxelGrid&&) noexcept = default;
@@ -22,16 +24,20 @@ class VoxelGrid {
   VoxelGrid& operator=(VoxelGrid&&) noexcept = default;
   virtual ~VoxelGrid() = default;
 
+  /// The cells that are there, by key. @{
   const Map& cells() const { return cells_; }
   Map& cells() { return cells_; }
+  /// @}
 
-  /// Side of a cell.
+  /// Side of a cell, in the unit of the points. @{
   double cellSize() const { return cellSize_; }
   void setCellSize(double size) { cellSize_ = size; }
+  /// @}
 
-  /// Corner of the cell (0, 0, 0).
+  /// Corner of the cell (0, 0, 0). @{
   const Point& origin() const { return origin_; }
   void setOrigin(const Point& origin) { origin_ = origin; }
+  /// @}
 
   /// Key of the cell of a point: floor((point - origin) / cell size) on each axis, which has to fit an int.
   Key key(const Point& point) const { return Key(key(point, 0), key(point, 1), key(point, 2)); }

@@ -8,5 +8,6 @@
 #define HOST_API __declspec(dllimport)
 #endif
 #else
+/// Marks what the libraries export.
 #define HOST_API __attribute__((visibility("default")))
 #endif

@@ -9,10 +9,13 @@ namespace VoskBase {
 /// and (m8, m9, m10) are the camera's x, y and z axes in world coordinates, (m12, m13, m14) its position.
 class Mat4d {
  public:
+  /// The identity.
   Mat4d() = default;
 
+  /// Element i in storage order, 0 to 15; not checked. @{
   double& operator[](int i) { return m_[static_cast<std::size_t>(i)]; }
   const double& operator[](int i) const { return m_[static_cast<std::size_t>(i)]; }
+  /// @}
 
  private:
   std::array<double, 16> m_{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
