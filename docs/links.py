@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Checks that the relative links of Markdown pages lead somewhere: to a file, and to a heading where one is named.
+"""Checks that the relative links of pages, Markdown or HTML, lead to a file, and to a heading where a Markdown page's
+is named.
 
 usage: links.py PAGE...
 """
@@ -18,13 +19,15 @@ def anchors(page):
 
 
 def broken_links(page):
-    for match in LINK.finditer(CODE.sub("", page.read_text())):
-        link = match[1] or match[2]
-        if re.match(r"[a-z]+:", link):
+    markdown = page.suffix == ".md"
+    text = CODE.sub("", page.read_text()) if markdown else page.read_text()
+    for match in LINK.finditer(text):
+        link = match[2] or match[1]
+        if re.match(r"[a-z]+:", link) or (match[1] and not markdown):
             continue
         name, _, anchor = link.partition("#")
         target = page.parent / name if name else page
-        if not target.exists() or (anchor and anchor not in anchors(target)):
+        if not target.exists() or (anchor and target.suffix == ".md" and anchor not in anchors(target)):
             yield link
 
 
