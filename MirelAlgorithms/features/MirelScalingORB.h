@@ -19,6 +19,8 @@ namespace MirelAlgorithms {
 /// pixels. Comparison 8j + k is bit k (value 2^k) of byte j: 1 when the first pixel is darker than the second.
 class MIREL_API MirelScalingORB {
  public:
+  /// Takes the image to describe.
+  ///
   /// @param image  8-bit grey. Its pixels are shared, not copied: descriptors see what is in them by then. An empty
   ///               matrix is taken, but describes no key points
   ///

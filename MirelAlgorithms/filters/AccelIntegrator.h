@@ -16,6 +16,8 @@ namespace MirelAlgorithms {
 /// bits do not depend on the flags that a caller compiles with, except -ffast-math and its like.
 class MIREL_API AccelIntegrator {
  public:
+  /// At rest in the origin.
+  ///
   /// @param step  kept and copied, without any effect
   explicit(false) AccelIntegrator(float step = 0.01f);
   AccelIntegrator(const AccelIntegrator& other) = default;

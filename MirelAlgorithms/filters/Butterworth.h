@@ -41,6 +41,8 @@ class MIREL_API Butterworth {
   /// Samples whose outputs are withheld.
   static constexpr unsigned long long m_minUpdates = 500;
 
+  /// A filter that has seen no sample.
+  ///
   /// @param frequency   cut-off, in the unit of the sample rate (Hz)
   /// @param sampleRate  samples per second
   /// @param passType    any other number makes a filter that must not be used: all its coefficients are 0
@@ -108,6 +110,8 @@ class MIREL_API Butterworth {
 /// 500 stays inside the high-pass until its output opens.
 class MIREL_API ButterworthBandpass {
  public:
+  /// A filter that has seen no sample.
+  ///
   /// @param lowCutoff, highCutoff  ends of the band, in the unit of the sample rate (Hz)
   /// @param sampleRate             samples per second
   /// @param resonance              damping of both sections

@@ -26,6 +26,8 @@ namespace MirelAlgorithms {
 /// functions of one object on any number of threads.
 class MIREL_API MayhonyAHRS {
  public:
+  /// Attitude (0, 0, 0, 1), to be aligned by the first usable sample.
+  ///
   /// @param kp, ki               kept and copied, without any effect
   /// @param standstillThreshold  magnitude of the motion below which the device stands still
   explicit(false) MayhonyAHRS(float kp = 0.6f, float ki = 0.15f, float standstillThreshold = 0.04f);

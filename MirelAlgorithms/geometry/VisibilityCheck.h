@@ -46,6 +46,8 @@ class VisibilityCheck {
   using Grid = Brel::VoxelGrid<GridElement, Eigen::Vector3d, Cells>;
   using Points = std::vector<std::pair<Eigen::Vector3d, int>>;  ///< each in the frame of the pose with this number
 
+  /// An empty grid.
+  ///
   /// @param voxelSize  side of a voxel. When it is not above 0, voxels have sides of 0.25 and sight lines end in the
   ///                   voxel they start from
   MIREL_API explicit VisibilityCheck(double voxelSize);

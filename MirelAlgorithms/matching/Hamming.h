@@ -3,8 +3,8 @@
 ///     d = (sum over k of popcount(a[k] ^ b[k])) << shift,  low 16 bits
 ///
 /// The shift puts descriptors of different lengths on one scale: 128, 256 and 512 bits with shifts 3, 2 and 1 all count
-/// in 1/1024 of the descriptor. The whole sum is shifted, then truncated, not saturated: keep bits << shift at or below
-/// 65535. A shift of 16 or more gives 0.
+/// in 1/1024 of the descriptor. The whole sum is shifted, then truncated, not saturated: keep bits << shift under
+/// 65536, the range of the result. A shift of 16 or more gives 0.
 ///
 /// All three: no alignment needed, both pointers may be the same memory, no early exit, no allocation, no state; any
 /// number of threads.
