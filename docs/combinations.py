@@ -16,8 +16,9 @@ import sys
 import tempfile
 from dataclasses import dataclass
 
+from jpeg import small_jpeg
+
 RUNS = 3
-MOST_PICTURE_BYTES = 150_000
 DASH = "–"
 
 
@@ -106,21 +107,15 @@ def measure(mirel, frames, pair, out):
     return outcomes, record
 
 
-def small_jpeg(jpeg):
-    """A JPEG at three quarters of its size, of such a quality that it stays small."""
-    pixels = subprocess.run(["djpeg", "-scale", "6/8"], input=jpeg, capture_output=True, check=True).stdout
-    for quality in range(80, 30, -5):
-        smaller = subprocess.run(["cjpeg", "-quality", str(quality), "-optimize"], input=pixels, capture_output=True,
-                                 check=True).stdout
-        if len(smaller) < MOST_PICTURE_BYTES:
-            break
-    return smaller
+def three_quarters(jpeg):
+    return subprocess.run(["djpeg", "-scale", "6/8"], input=jpeg, capture_output=True, check=True).stdout
 
 
 def write_picture(mirel, frames, pair, combination, out, target):
     track(mirel, frames, pair, combination, out, pictures=1)
     page = (out / "report.html").read_text()
-    target.write_bytes(small_jpeg(base64.b64decode(re.search(r"data:image/jpeg;base64,([^\"]+)", page).group(1))))
+    jpeg = re.search(r"data:image/jpeg;base64,([^\"]+)", page).group(1)
+    target.write_bytes(small_jpeg(three_quarters(base64.b64decode(jpeg))))
 
 
 def best_of(outcomes):
