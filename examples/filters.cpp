@@ -19,7 +19,7 @@ void turn(MayhonyAHRS& attitude) {
   float angle = 0.0f;
   for (int i = 0; i < 3 * kRate; ++i) {
     const bool turning = i >= kRate && i < 2 * kRate;
-    const cv::Vec3f gyro(turning ? kQuarterTurn : 0.0f, 0.0f, 0.0f);  // rad/s
+    const cv::Vec3f gyro(turning ? kQuarterTurn : 0.0f, 0.0f, 0.0f);                      // rad/s
     const cv::Vec3f accel(0.0f, kGravity * std::sin(angle), kGravity * std::cos(angle));  // m/s2
     const cv::Vec3f motion = i == 0 ? cv::Vec3f(1.0f, 0.0f, 0.0f) : gyro;  // the first sample counts: it aligns
     attitude.update(gyro, accel, motion, kStep);
