@@ -20,7 +20,14 @@ nlohmann::json replay(CLI::App& app, const RunOptions& options) {
   return record;
 }
 
+std::function<void(const Report&)>& reportListener() {
+  static std::function<void(const Report&)> listener;
+  return listener;
+}
+
 }  // namespace
+
+void listenToReports(std::function<void(const Report&)> listener) { reportListener() = std::move(listener); }
 
 Session::Session(CLI::App& app, const RunOptions& options, const std::string& operations)
     : app_(app),
@@ -57,6 +64,7 @@ void Session::finish(Report& report, const std::vector<InputFile>& inputs, const
   for (const auto& file : files_) folder().checkSpares(file->target());
   for (const auto& file : files_) file->commit();
   folder().commit(numberedPrefix);
+  if (reportListener()) reportListener()(report);
   if (options_.json) {
     fmt::print("{}", jsonText(report.result));
   } else if (!options_.quiet) {

@@ -8,6 +8,7 @@
 #include "output/RunRecord.h"
 
 #include <CLI/CLI.hpp>
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -47,5 +48,8 @@ class Session {
   std::optional<OutputFolder> folder_;
   std::vector<std::unique_ptr<StagedFile>> files_;
 };
+
+/// The listener gets the report of every run that ends well, until another one is set; an empty one is none.
+void listenToReports(std::function<void(const Report&)> listener);
 
 }  // namespace mirel

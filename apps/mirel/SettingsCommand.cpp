@@ -1,9 +1,11 @@
 /// `mirel settings`: every key of the library.
 #include "Command.h"
 #include "Errors.h"
+#include "Session.h"
 #include "options/NearestName.h"
 #include "options/SettingsOption.h"
 #include "output/JsonText.h"
+#include "output/Summary.h"
 
 #include <fmt/format.h>
 
@@ -38,7 +40,7 @@ std::vector<SettingInfo> settingsReadBy(const std::string& operation) {
   return chosen;
 }
 
-void printJson(const std::vector<SettingInfo>& settings) {
+nlohmann::json settingsJson(const std::vector<SettingInfo>& settings) {
   nlohmann::json list = nlohmann::json::array();
   for (const SettingInfo& info : settings) {
     list.push_back({{"key", narrow(info.key)},
@@ -47,7 +49,7 @@ void printJson(const std::vector<SettingInfo>& settings) {
                     {"meaning", info.meaning},
                     {"read_by", info.readBy}});
   }
-  fmt::print("{}", jsonText({{"schema", 1}, {"command", "settings"}, {"settings", list}}));
+  return {{"schema", 1}, {"command", "settings"}, {"settings", list}};
 }
 
 void printTable(const std::vector<SettingInfo>& settings) {
@@ -68,17 +70,47 @@ void printTable(const std::vector<SettingInfo>& settings) {
   }
 }
 
+Report settingsReport(const std::vector<SettingInfo>& settings) {
+  const std::vector<std::string> operations = operationsOf(settings);
+  Report report = {.command = "mirel settings",
+                   .answer = {fmt::format("{} settings", settings.size()), Verdict::good,
+                              "All have defaults; --set KEY=VALUE of the other subcommands changes them."},
+                   .facts = {{"Keys", fmt::format("{}", settings.size()), ""},
+                             {"Operations that read them", fmt::format("{}", operations.size()), ""}},
+                   .pictures = {},
+                   .charts = {},
+                   .tables = {},
+                   .result = settingsJson(settings),
+                   .run = {}};
+  for (const std::string& operation : operations) {
+    ReportTable table = {"Read by " + operation, {"Key", "Type", "Default", "Meaning"}, {}};
+    for (const SettingInfo& info : settings) {
+      if (info.readBy != operation) continue;
+      table.rows.push_back({narrow(info.key), typeName(info.fallback), valueText(info.fallback), info.meaning});
+    }
+    report.tables.push_back(std::move(table));
+  }
+  return report;
+}
+
 class SettingsCommand : public Command {
  public:
   void addOptions(CLI::App& app) override {
     app.add_option("--read-by", readBy_, "only the keys of operations whose name begins so")->type_name("OPERATION");
-    app.add_flag("--json", json_, "as JSON");
+    common_.out.clear();
+    common_.addOutput(app);
+    app.get_option("--out")->description("folder for a page of them and settings.json; by default they are printed");
   }
 
-  int run(CLI::App&) override {
+  int run(CLI::App& app) override {
+    Session session(app, common_);
     const std::vector<SettingInfo> settings = settingsReadBy(readBy_);
-    if (json_) {
-      printJson(settings);
+    if (!common_.out.empty()) {
+      Report report = settingsReport(settings);
+      session.folder().write("settings.json", jsonText(report.result));
+      session.finish(report, {}, summaryLine("settings", session.folder().shownPath("settings.json")));
+    } else if (common_.json) {
+      fmt::print("{}", jsonText(settingsJson(settings)));
     } else {
       printTable(settings);
     }
@@ -86,8 +118,8 @@ class SettingsCommand : public Command {
   }
 
  private:
+  RunOptions common_;
   std::string readBy_;
-  bool json_ = false;
 };
 
 const CommandRegistration<SettingsCommand> registration("settings", "list every setting of the library",

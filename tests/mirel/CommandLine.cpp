@@ -6,8 +6,8 @@ namespace {
 
 using CommandLine = ToolTest;
 
-const char* const subcommands[] = {"depth",    "features", "frustum", "imu",   "mesh",      "points",
-                                   "settings", "smooth",   "texture", "track", "visibility"};
+const char* const subcommands[] = {"demo",   "depth",    "features", "frustum", "imu",   "mesh",
+                                   "points", "settings", "smooth",   "texture", "track", "visibility"};
 
 TEST_F(CommandLine, helpIsAskedForInManyWays) {
   for (const char* arguments : {"", "--help", "help", "help help"}) {

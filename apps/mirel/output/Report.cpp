@@ -69,9 +69,8 @@ std::string factsHtml(const std::vector<ReportFact>& facts) {
   return html;
 }
 
-std::string picturesHtml(const std::vector<ReportPicture>& pictures) {
-  if (pictures.empty()) return {};
-  std::string html = "<section>\n<h2>Pictures</h2>\n";
+std::string figuresHtml(const std::vector<ReportPicture>& pictures) {
+  std::string html;
   for (const ReportPicture& picture : pictures) {
     std::string narrow;
     if (!picture.narrow.empty()) {
@@ -83,19 +82,29 @@ std::string picturesHtml(const std::vector<ReportPicture>& pictures) {
         "<figcaption>{0}</figcaption></figure>\n",
         escape(picture.caption), base64(picture.jpeg), narrow);
   }
-  return html + "</section>\n";
+  return html;
+}
+
+std::string picturesHtml(const std::vector<ReportPicture>& pictures) {
+  return pictures.empty() ? "" : "<section>\n<h2>Pictures</h2>\n" + figuresHtml(pictures) + "</section>\n";
+}
+
+/// @param first  number of the first chart on the page
+std::string canvasesHtml(const std::vector<ReportChart>& charts, std::size_t first) {
+  if (charts.empty()) return {};
+  std::string html = charts[0].overTime ? "<div class=\"charts stacked\">\n" : "<div class=\"charts\">\n";
+  for (std::size_t i = 0; i < charts.size(); ++i) {
+    html += fmt::format("<div class=\"chart\"><h3>{}</h3><div><canvas id=\"chart{}\"></canvas></div></div>\n",
+                        escape(charts[i].title), first + i);
+  }
+  return html + "</div>\n";
 }
 
 std::string chartsHtml(const Report& report, const std::vector<ReportChart>& charts) {
   if (charts.empty()) return {};
   std::string html = fmt::format("<section>\n<h2>{}</h2>\n", escape(report.chartsTitle));
   if (!report.chartsNote.empty()) html += fmt::format("<p class=\"note\">{}</p>\n", escape(report.chartsNote));
-  html += charts[0].overTime ? "<div class=\"charts stacked\">\n" : "<div class=\"charts\">\n";
-  for (std::size_t i = 0; i < charts.size(); ++i) {
-    html += fmt::format("<div class=\"chart\"><h3>{}</h3><div><canvas id=\"chart{}\"></canvas></div></div>\n",
-                        escape(charts[i].title), i);
-  }
-  return html + "</div>\n</section>\n";
+  return html + canvasesHtml(charts, 0) + "</section>\n";
 }
 
 nlohmann::json chartsJson(const std::vector<ReportChart>& charts) {
@@ -133,6 +142,40 @@ std::string tablesHtml(const std::vector<ReportTable>& tables) {
   std::string html;
   for (const ReportTable& table : tables) html += tableHtml(table);
   return html;
+}
+
+constexpr const char* levels[] = {"good", "weak", "bad"};
+
+std::string verdictHtml(const ReportAnswer& answer) {
+  return fmt::format("<p class=\"verdict {}\">{}</p>\n", levels[static_cast<int>(answer.verdict)],
+                     escape(answer.sentence));
+}
+
+/// @param firstChart  number of its first chart on the page
+std::string partHtml(const ReportPart& part, std::size_t firstChart) {
+  std::string html = fmt::format(
+      "<section id=\"{0}\">\n<p class=\"command\">mirel {0}: {1}</p>\n<h2>{2}</h2>\n{3}"
+      "<pre class=\"line\">{4}</pre>\n",
+      escape(part.name), escape(part.meaning), escape(part.answer.title), verdictHtml(part.answer),
+      escape(part.commandLine));
+  if (!part.facts.empty()) html += "<dl class=\"facts\">\n" + factsHtml(part.facts) + "</dl>\n";
+  html += figuresHtml(part.pictures) + canvasesHtml(part.charts, firstChart) + "<p class=\"links\">";
+  for (const ReportLink& link : part.links) {
+    html += fmt::format("<a href=\"{}\">{}</a>\n", escape(link.target), escape(link.text));
+  }
+  return html + "</p>\n</section>\n";
+}
+
+/// An index, and the parts; appends their charts to those of the page.
+std::string partsHtml(const std::vector<ReportPart>& parts, std::vector<ReportChart>& charts) {
+  if (parts.empty()) return {};
+  std::string index = "<nav>", html;
+  for (const ReportPart& part : parts) {
+    index += fmt::format("<a href=\"#{0}\">{0}</a>\n", escape(part.name));
+    html += partHtml(part, charts.size());
+    charts.insert(charts.end(), part.charts.begin(), part.charts.end());
+  }
+  return index + "</nav>\n" + html;
 }
 
 std::string plain(const nlohmann::json& value) { return value.is_string() ? value.get<std::string>() : value.dump(); }
@@ -173,16 +216,16 @@ std::string footerHtml(const nlohmann::json& run) {
 }  // namespace
 
 std::string Report::html() const {
-  constexpr const char* levels[] = {"good", "weak", "bad"};
-  const std::vector<ReportChart> drawable = page::library.empty() ? std::vector<ReportChart>() : charts;
+  std::vector<ReportChart> drawable = page::library.empty() ? std::vector<ReportChart>() : charts;
+  const std::string ownCharts = chartsHtml(*this, drawable), partsText = partsHtml(parts, drawable);
   const nlohmann::json data = {{"schema", 1}, {"result", result}, {"run", run}, {"charts", chartsJson(drawable)}};
   return fill(page::html, {{"title", escape(answer.title)},
                            {"command", escape(command)},
-                           {"level", levels[static_cast<int>(answer.verdict)]},
-                           {"verdict", escape(answer.sentence)},
+                           {"verdict", verdictHtml(answer)},
                            {"facts", factsHtml(facts)},
                            {"pictures", picturesHtml(pictures)},
-                           {"charts", chartsHtml(*this, drawable)},
+                           {"charts", ownCharts},
+                           {"parts", partsText},
                            {"tables", tablesHtml(tables)},
                            {"settings", settingsHtml(run["settings"])},
                            {"footer", footerHtml(run)},

@@ -36,10 +36,26 @@ struct ReportTable {
   std::vector<std::vector<std::string>> rows;
 };
 
+struct ReportLink {
+  std::string text, target;  ///< the target is relative to the page
+};
+
 struct ReportAnswer {
   std::string title;  ///< the answer
   Verdict verdict;
   std::string sentence;  ///< what to think of it
+};
+
+/// One of several runs that a page shows.
+struct ReportPart {
+  std::string name;         ///< "track"
+  std::string meaning;      ///< what the subcommand does
+  std::string commandLine;  ///< to copy
+  ReportAnswer answer;
+  std::vector<ReportFact> facts;
+  std::vector<ReportPicture> pictures;
+  std::vector<ReportChart> charts;
+  std::vector<ReportLink> links;
 };
 
 struct Report {
@@ -51,10 +67,12 @@ struct Report {
   std::string chartsNote = {};  ///< a sentence under the title
   std::vector<ReportChart> charts;
   std::vector<ReportTable> tables;
+  std::vector<ReportPart> parts = {};
   nlohmann::json result;  ///< the numbers
   nlohmann::json run;     ///< the run record; its settings are shown
 
-  /// The page: style, script, numbers and pictures inside, nothing fetched from anywhere.
+  /// The page: style, script, numbers and pictures inside, nothing fetched from anywhere; only the parts' links lead
+  /// to other files.
   std::string html() const;
 };
 
