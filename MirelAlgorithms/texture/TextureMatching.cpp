@@ -30,6 +30,7 @@ template <class Position>
 std::vector<PlacedMatch> fittingMatches(const std::vector<cv::DMatch>& agreed, const Position& position1,
                                         const Position& position2, const TextureMatchSettings& settings) {
   std::vector<PlacedMatch> matches;
+  matches.reserve(agreed.size());
   for (const cv::DMatch& match : agreed)
     matches.push_back(
         {match.queryIdx, match.trainIdx, match.distance, position1(match.queryIdx), position2(match.trainIdx)});
@@ -59,6 +60,7 @@ void show(const cv::Mat& image1, const std::vector<cv::KeyPoint>& keyPoints1, co
           const std::vector<cv::KeyPoint>& keyPoints2, const std::vector<PlacedMatch>& matches, int wait) {
   requireDisplay();
   std::vector<cv::DMatch> lines;
+  lines.reserve(matches.size());
   for (const PlacedMatch& match : matches) lines.emplace_back(match.query, match.train, match.distance);
   cv::Mat picture;
   cv::drawMatches(image1, keyPoints1, image2, keyPoints2, lines, picture, cv::Scalar::all(-1), cv::Scalar::all(-1), {},

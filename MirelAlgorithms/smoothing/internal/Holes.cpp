@@ -49,7 +49,7 @@ void widen(const Words& marks, Words& wider) {
 // The rest of a row from a pixel on.
 void clearFrom(int x, const Words& marks, std::uint16_t* pixels, int columns) {
   for (; x < columns; ++x)
-    if (marks[static_cast<std::size_t>(x / wordBits + 1)] >> x % wordBits & 1) pixels[x] = 0;
+    if (marks[static_cast<std::size_t>(x) / wordBits + 1] >> x % wordBits & 1) pixels[x] = 0;
 }
 
 // Without a branch: marks are too irregular to be foreseen.

@@ -88,6 +88,7 @@ std::vector<int> rowsAlongCurve(const cv::Mat& positions) {
   }
   std::sort(places.begin(), places.end());
   std::vector<int> rows;
+  rows.reserve(places.size());
   for (const std::uint64_t place : places) rows.push_back(static_cast<int>(place & 0xFFFFFFFF));
   return rows;
 }

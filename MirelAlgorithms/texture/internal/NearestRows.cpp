@@ -17,7 +17,6 @@ using Key = std::uint32_t;
 constexpr int rowBits = 18, distanceBits = 32 - rowBits;
 constexpr Key none = (std::numeric_limits<Key>::max)();
 
-constexpr int wordBits = 64;
 constexpr int orbWords = 4;
 constexpr int tileRows = 512;  // rows of the second set whose words and keys stay in the first-level cache
 
