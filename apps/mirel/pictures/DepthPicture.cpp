@@ -65,13 +65,15 @@ cv::Mat3b coloured(const cv::Mat& depth, const ColourScale& scale) {
 }
 
 cv::Mat3b colouredDifference(const DepthChange& change, const ColourScale& scale) {
-  std::vector<cv::Vec3b> colours(2 * 65535 + 1);
-  for (int i = -65535; i <= 65535; ++i) colours[static_cast<std::size_t>(i + 65535)] = colourOf(scale, i);
+  std::vector<cv::Vec3b> colours;
+  colours.reserve(2 * 65535 + 1);
+  for (int i = -65535; i <= 65535; ++i) colours.push_back(colourOf(scale, i));
+  const auto unchanged = colours.begin() + 65535;
   cv::Mat3b picture(change.before.size());
   std::transform(change.before.begin<std::uint16_t>(), change.before.end<std::uint16_t>(),
                  change.after.begin<std::uint16_t>(), picture.begin(), [&](std::uint16_t before, std::uint16_t after) {
                    if (after == 0) return before == 0 ? holeColour : removedColour;
-                   return colours[static_cast<std::size_t>(after - before + 65535)];
+                   return unchanged[after - before];
                  });
   return picture;
 }

@@ -81,7 +81,7 @@ View wholeView(const Surface& surface) {
 double meanEdge(const Surface& surface) {
   double area = 0;
   for (std::size_t i = 0; i < surface.triangles.size(); ++i) {
-    const Vector3d a = surface.corner(i, 0);
+    const Vector3d& a = surface.corner(i, 0);
     area += (surface.corner(i, 1) - a).cross(surface.corner(i, 2) - a).norm() / 2;
   }
   return std::sqrt(area / static_cast<double>(surface.triangles.size()) * 4 / std::sqrt(3.0));

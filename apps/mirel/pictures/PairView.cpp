@@ -55,6 +55,7 @@ std::string PairView::lineStepText(std::size_t matches) {
 
 ColourScale coloursOf(const std::vector<PairLine>& lines) {
   std::vector<double> values;
+  values.reserve(lines.size());
   for (const PairLine& line : lines) values.push_back(line.value);
   return {values, false};
 }

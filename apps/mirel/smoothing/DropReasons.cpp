@@ -130,6 +130,7 @@ std::vector<int> keptRows(const cv::Mat& points,
   for (int row = 0; row < points.rows; ++row) numbered.at<float>(row, points.cols) = std::bit_cast<float>(row);
   enough = MirelAlgorithms::smoothSparse3D(numbered, kept, settings);
   std::vector<int> rows;
+  rows.reserve(static_cast<std::size_t>(kept.rows));
   for (int i = 0; i < kept.rows; ++i) rows.push_back(std::bit_cast<int>(kept.at<float>(i, points.cols)));
   return rows;
 }

@@ -35,6 +35,7 @@ std::vector<std::size_t> listedColumns(const CsvTable& table, const std::string&
         fmt::format("--columns: {} columns given, {} expected: x_px, y_px, x_m, y_m, z_m", parts.size(), wanted));
   }
   std::vector<std::size_t> columns;
+  columns.reserve(parts.size());
   for (const std::string& part : parts) columns.push_back(table.columnOf("--columns", part));
   return columns;
 }
