@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <nlohmann/json.hpp>
+#include <set>
 
 namespace mirel {
 
@@ -72,10 +73,12 @@ void printTable(const std::vector<SettingInfo>& settings) {
 
 Report settingsReport(const std::vector<SettingInfo>& settings) {
   const std::vector<std::string> operations = operationsOf(settings);
+  std::set<std::string> keys;
+  for (const SettingInfo& info : settings) keys.insert(narrow(info.key));
   Report report = {.command = "mirel settings",
-                   .answer = {fmt::format("{} settings", settings.size()), Verdict::good,
+                   .answer = {fmt::format("{} settings", keys.size()), Verdict::good,
                               "All have defaults; --set KEY=VALUE of the other subcommands changes them."},
-                   .facts = {{"Keys", fmt::format("{}", settings.size()), ""},
+                   .facts = {{"Keys", fmt::format("{}", keys.size()), "some are read by more than one operation"},
                              {"Operations that read them", fmt::format("{}", operations.size()), ""}},
                    .pictures = {},
                    .charts = {},

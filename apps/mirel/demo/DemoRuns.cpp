@@ -26,7 +26,9 @@ std::vector<DemoRun> demoRuns(const std::string& folder) {
   const auto data = [&](const char* name) { return (root / "data" / name).string(); };
   const auto result = [&](const char* name) { return (root / name).string(); };
   return {
-      {"track", {data("view_*.png")}, {"view_1.png", "view_6.png"}},
+      {"track",
+       {data("view_*.png")},
+       {"view_1.png", "view_2.png", "view_3.png", "view_4.png", "view_5.png", "view_6.png"}},
       {"features", {data("view_1.png"), "--set", "FBMnFeatures=500"}, {"view_1.png"}},
       {"texture",
        {data("photo_1.png"), data("photo_2.png"), data("photo_3.png")},

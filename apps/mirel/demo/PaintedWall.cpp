@@ -84,7 +84,7 @@ void writePaintedWall(OutputFolder& folder) {
     const Camera camera{-60.0 + 16 * i, -8.0 * i, 640.0 - 12 * i, 0.5 * i, 0.3 * i, 1.5 * i};
     folder.writePicture(fmt::format("view_{}.png", i + 1), photograph(wall, camera, noise));
   }
-  const Camera photos[] = {{0, 0, 640}, {-170, 40, 650, 14, -3, -8}, {150, -60, 760, -10, 5, 12}};
+  const Camera photos[] = {{0, 0, 640}, {-130, 30, 650, 11, -2, -5}, {110, -40, 690, -9, 3, 6}};
   for (int i = 0; i < 3; ++i) {
     folder.writePicture(fmt::format("photo_{}.png", i + 1), photograph(wall, photos[i], noise));
   }

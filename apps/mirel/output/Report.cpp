@@ -151,13 +151,21 @@ std::string verdictHtml(const ReportAnswer& answer) {
                      escape(answer.sentence));
 }
 
+/// Broken between words only: browsers like to break at hyphens too.
+std::string lineHtml(const std::string& commandLine) {
+  std::string html = escape(commandLine);
+  constexpr std::string_view between = "</span> <span>";
+  for (std::size_t at = 0; (at = html.find(' ', at)) != std::string::npos; at += between.size()) {
+    html.replace(at, 1, between);
+  }
+  return "<pre class=\"line\"><span>" + html + "</span></pre>\n";
+}
+
 /// @param firstChart  number of its first chart on the page
 std::string partHtml(const ReportPart& part, std::size_t firstChart) {
-  std::string html = fmt::format(
-      "<section id=\"{0}\">\n<p class=\"command\">mirel {0}: {1}</p>\n<h2>{2}</h2>\n{3}"
-      "<pre class=\"line\">{4}</pre>\n",
-      escape(part.name), escape(part.meaning), escape(part.answer.title), verdictHtml(part.answer),
-      escape(part.commandLine));
+  std::string html = fmt::format("<section id=\"{0}\">\n<p class=\"command\">mirel {0}: {1}</p>\n<h2>{2}</h2>\n{3}{4}",
+                                 escape(part.name), escape(part.meaning), escape(part.answer.title),
+                                 verdictHtml(part.answer), lineHtml(part.commandLine));
   if (!part.facts.empty()) html += "<dl class=\"facts\">\n" + factsHtml(part.facts) + "</dl>\n";
   html += figuresHtml(part.pictures) + canvasesHtml(part.charts, firstChart) + "<p class=\"links\">";
   for (const ReportLink& link : part.links) {
