@@ -35,7 +35,8 @@ std::array<std::vector<Nearest>, 2> findNearest(const cv::Mat& descriptors1, con
     const cv::Mat some = descriptors1.rowRange(first, std::min(first + rowsAtOnce, descriptors1.rows));
     cv::batchDistance(some, descriptors2, distances, CV_32S, cv::noArray(), norm);
     for (int i = 0; i < some.rows; ++i) {
-      Nearest& ofRow = nearest[0][static_cast<std::size_t>(first + i)];
+      const int query = first + i;
+      Nearest& ofRow = nearest[0][static_cast<std::size_t>(query)];
       const int* row = distances[i];
       for (int j = 0; j < descriptors2.rows; ++j) {
         ofRow.compare(row[j]);
@@ -93,10 +94,9 @@ TexturePair matchTexture(const TextureImage& from, TextureImage& to, const Textu
 std::string whyNoMatch(const TexturePair& pair, const TextureTests& tests) {
   const std::string features = fmt::format("{} and {} features", pair.features1, pair.features2);
   if (pair.features1 == 0 || pair.features2 == 0) return features + ": nothing to compare";
-  const std::string ratio =
-      features + fmt::format(", {} and {} after the ratio test", pair.ratioForward, pair.ratioBackward);
+  std::string ratio = features + fmt::format(", {} and {} after the ratio test", pair.ratioForward, pair.ratioBackward);
   if (pair.ratioForward == 0 || pair.ratioBackward == 0) return ratio;
-  const std::string agreed = ratio + fmt::format(", {} in both directions", pair.agreed);
+  std::string agreed = ratio + fmt::format(", {} in both directions", pair.agreed);
   if (pair.agreed == 0) return agreed;
   const std::string within =
       agreed + fmt::format(", {} within {:g} px", pair.withinDistance, std::abs(tests.longestShift));
