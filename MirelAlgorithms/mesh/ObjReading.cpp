@@ -155,9 +155,12 @@ char* MeshSimplification::trimwhitespace(char* str) {
 }
 
 bool isReadableFace(const char* line) {
+  if (!line || line[0] != 'f') return false;
+  std::string piece(std::string_view(line).substr(0, LinePieces::longest));
+  if (piece.size() < LinePieces::longest) piece += '\n';
   const CLocale numbers;
   obj::Face face;
-  return line && line[0] == 'f' && obj::scanFace(std::string_view(line).substr(0, LinePieces::longest), face);
+  return obj::readFace(piece, face);
 }
 
 }  // namespace MirelAlgorithms
