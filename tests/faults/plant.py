@@ -107,7 +107,7 @@ class Suite:
     """The copy's test programs: builds them, runs them, and knows what they were without a fault."""
 
     def __init__(self, with_tool):
-        self.build = TREE / "build"
+        self.build = TREE / "build/release"
         subprocess.run(["cmake", "-S", TREE, "-B", self.build, "-G", "Ninja", "-DCMAKE_CXX_COMPILER_LAUNCHER=ccache",
                         "-DCMAKE_GTEST_DISCOVER_TESTS_DISCOVERY_MODE=PRE_TEST", f"-DMIREL_BUILD_TOOL={int(with_tool)}"],
                        stdout=subprocess.DEVNULL, check=True)
@@ -126,7 +126,8 @@ class Suite:
             self.seconds[program] = time.monotonic() - begin
 
     def make(self, programs):
-        return subprocess.run(["ninja", "-C", self.build, *programs], capture_output=True).returncode == 0
+        targets = [*programs, "MirelAlgorithms"]
+        return subprocess.run(["ninja", "-C", self.build, *targets], capture_output=True).returncode == 0
 
     def path(self, program):
         return next(self.build.glob(f"tests/*/{program}"))
