@@ -92,6 +92,7 @@ TEST(LeastSquares, GrossOutlierOfALineIsFoundAndLeftOut) {
     b.push_back(3.0 * i - 7.0 + (i == 13 ? 500.0 : 0.01 * (i % 3)));
   }
   Lsq solver;
+  EXPECT_TRUE(solver.outliers() == 0 && solver.outlier().empty() && solver.rms() == 0.0);
   ASSERT_EQ(solver.lsq(a.data(), b.data(), x.data(), rows, 2, robust, 3.5, 0.0), 0);
   EXPECT_EQ(solver.outlier(), std::vector<std::int32_t>{13});
   EXPECT_EQ(solver.outliers(), 1);
