@@ -21,8 +21,11 @@ std::string versionText() {
                      build.xfeatures2d ? "yes" : "no", build.instructions);
 }
 
+/// Examples that read files take those of the demo.
 std::string examplesText(const std::vector<std::string>& examples) {
-  std::string text = "Examples:\n";
+  const bool filesNamed = examples[0].find('.') != std::string::npos;
+  std::string text =
+      filesNamed ? "Files as below are in mirel-demo/data after: mirel demo\n\nExamples:\n" : "Examples:\n";
   for (const std::string& example : examples) text += "  " + example + "\n";
   return text;
 }
@@ -35,8 +38,9 @@ class CommandLine {
     app_.require_subcommand(0, 1);
     app_.footer(
         "mirel SUBCOMMAND --help, or mirel help SUBCOMMAND, tells more.\n"
-        "mirel --config run.json repeats a recorded run.\n\n" +
-        examplesText({"mirel track left01.jpg left02.jpg", "mirel settings"}));
+        "mirel --config run.json repeats a recorded run.\n"
+        "Exit status: 0 success, 1 nothing found in good input, 2 wrong usage or unusable input.\n\n" +
+        examplesText({"mirel demo", "mirel settings"}));
     for (const CommandEntry& entry : commands()) {
       CLI::App* sub = app_.add_subcommand(entry.name, entry.summary);
       sub->footer(examplesText(entry.examples));
@@ -105,6 +109,9 @@ class CommandLine {
     const std::vector<std::string> extras = app_.remaining(true);
     const std::string word = extras.empty() ? "" : extras.front();
     if (!word.starts_with("-")) return "unexpected argument '" + word + "'";
+    if (sub != nullptr && sub->get_option_no_throw(word.substr(0, word.find('='))) != nullptr) {
+      return word + " stands before the subcommand, expected behind it";
+    }
     std::vector<std::string> names;
     for (const CLI::Option* option : (sub != nullptr ? sub : &app_)->get_options()) {
       for (const std::string& name : option->get_lnames()) names.push_back("--" + name);

@@ -222,8 +222,8 @@ class FeaturesCommand : public Command {
 
 const CommandRegistration<FeaturesCommand> registration(
     "features", "find and describe the features of one image",
-    {"mirel features left01.jpg --out out/features",
-     "mirel features photo.png --set FBMType=2 --set FBMFeatureType=5 --json"});
+    {"mirel features view_1.png --out out/features",
+     "mirel features photo_1.png --set FBMType=2 --set FBMFeatureType=5 --json"});
 
 }  // namespace
 

@@ -105,8 +105,8 @@ class FrustumCommand : public Command {
 };
 
 const CommandRegistration<FrustumCommand> registration("frustum", "which views of cameras overlap",
-                                                       {"mirel frustum poses.json --fov 60 --near 0.4 --far 3",
-                                                        "mirel frustum poses.json --look -z --json"});
+                                                       {"mirel frustum views.json --fov 40 --near 0.4 --far 1.8",
+                                                        "mirel frustum views.json --look -z --json"});
 
 }  // namespace
 

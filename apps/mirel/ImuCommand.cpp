@@ -73,10 +73,11 @@ class ImuCommand : public Command {
                    "of the gyroscope and its noise")
         ->type_name("RATE")
         ->capture_default_str();
-    app.add_option("--band", options_.band, "band of the filtered acceleration, Hz; ends below half the rate")
-        ->expected(2)
-        ->type_name("LOW HIGH")
-        ->default_str("0.5 40");
+    app.add_option("--band", options_.band,
+                   "band of the filtered acceleration, Hz; ends below half the rate; by default 0.5 40")
+        ->type_size(2)
+        ->expected(1)
+        ->type_name("LOW HIGH");
     app.add_option("--truth", options_.truth, "a table of known attitudes (t_s, q_x, q_y, q_z, q_w) to compare with")
         ->type_name("FILE");
     common_.addOutput(app);
@@ -144,8 +145,8 @@ class ImuCommand : public Command {
 const CommandRegistration<ImuCommand> registration("imu",
                                                    "attitude, gravity, speed and position from an inertial sensor",
                                                    {"mirel imu recording.csv --out out/imu",
-                                                    "mirel imu log.txt --columns 1,5,6,7,2,3,4 --gyro-unit deg/s "
-                                                    "--accel-unit g --time-unit ms"});
+                                                    "mirel imu recording.csv --columns 1,2,3,4,5,6,7 --time-unit s "
+                                                    "--gyro-unit rad/s --accel-unit m/s2 --json"});
 
 }  // namespace
 

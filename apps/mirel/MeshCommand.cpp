@@ -168,8 +168,8 @@ class MeshCommand : public Command {
 };
 
 const CommandRegistration<MeshCommand> registration("mesh", "simplify a triangle mesh",
-                                                    {"mirel mesh scan.obj light.obj --triangles 100000 --picture",
-                                                     "mirel mesh scan.obj light.obj --lossless --json"});
+                                                    {"mirel mesh figure.obj light.obj --triangles 5000 --picture",
+                                                     "mirel mesh figure.obj light.obj --lossless --json"});
 
 }  // namespace
 

@@ -247,7 +247,7 @@ class SmoothCommand : public Command {
     const std::vector<std::size_t> columns = chooseColumns(table, columns_);
     for (const std::size_t column : columns) result.smoothed.push_back(smoothColumn(table, column, window_));
     for (std::size_t i = 0; i < table.columns(); ++i) {
-      if (std::find(columns.begin(), columns.end(), i) == columns.end()) result.copied.push_back(nameOf(table, i));
+      if (!std::binary_search(columns.begin(), columns.end(), i)) result.copied.push_back(nameOf(table, i));
     }
     return result;
   }
@@ -281,9 +281,10 @@ class SmoothCommand : public Command {
   int window_ = 11;
 };
 
-const CommandRegistration<SmoothCommand> registration("smooth", "smooth the columns of a table",
-                                                      {"mirel smooth samples.csv --window 15 --out out/smooth",
-                                                       "mirel smooth log.csv --columns ax,ay,az"});
+const CommandRegistration<SmoothCommand> registration(
+    "smooth", "smooth the columns of a table",
+    {"mirel smooth series.csv --window 15 --out out/smooth",
+     "mirel smooth recording.csv --columns gyro_x_rad_s,gyro_y_rad_s,gyro_z_rad_s --json"});
 
 }  // namespace
 

@@ -208,7 +208,8 @@ class TextureCommand : public Command {
 
 const CommandRegistration<TextureCommand> registration(
     "texture", "match photographs of a surface, and find its features again in many of them",
-    {"mirel texture graf1.png graf3.png --out out/graf", "mirel texture 'wall*.jpg' --set txmMinMultipicity=3 --json"});
+    {"mirel texture photo_1.png photo_2.png --out out/pair",
+     "mirel texture 'photo_*.png' --set txmMinMultipicity=3 --json"});
 
 }  // namespace
 

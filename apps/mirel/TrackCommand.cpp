@@ -207,8 +207,8 @@ class TrackCommand : public Command {
 
 const CommandRegistration<TrackCommand> registration("track",
                                                      "match features frame after frame and estimate the image motion",
-                                                     {"mirel track left01.jpg left02.jpg --mode wide --out out/pair",
-                                                      "mirel track video.mp4 --every 2 --max-frames 100"});
+                                                     {"mirel track view_1.png view_2.png --mode wide --out out/pair",
+                                                      "mirel track 'view_*.png' --every 2 --max-frames 3 --json"});
 
 }  // namespace
 

@@ -127,8 +127,8 @@ class VisibilityCommand : public Command {
 
 const CommandRegistration<VisibilityCommand> registration(
     "visibility", "which regions of a scanned scene have been seen best",
-    {"mirel visibility points.csv poses.json --voxel 0.1 --regions 5",
-     "mirel visibility points.csv poses.json --sensor 0,0,0 --sensor 0.2,0,0 --sensor 0,0.1,0"});
+    {"mirel visibility scan.csv poses.json --voxel 0.1 --regions 5",
+     "mirel visibility scan.csv poses.json --sensor 0,0,0 --sensor 0.2,0,0 --sensor 0,0.1,0"});
 
 }  // namespace
 

@@ -48,6 +48,7 @@ TEST_F(CommandLine, wrongUsageIsOneLineAndLeavesNothing) {
       {"help trak", "did you mean track?"},
       {"trak --help", "did you mean track?"},
       {"--versoin", "did you mean --version?"},
+      {"--out results track a.png b.png", "--out stands before the subcommand"},
       {"track a.png b.png --mod wide", "did you mean --mode?"},
       {"track a.png b.png --mode wid", "did you mean wide?"},
       {"track a.png b.png --every 0", "from 1 on"},

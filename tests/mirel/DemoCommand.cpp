@@ -52,6 +52,19 @@ TEST_F(DemoCommand, itsCommandLinesCanBeCopied) {
   }
 }
 
+TEST_F(DemoCommand, theExamplesOfEveryHelpRunOnItsFiles) {
+  const nlohmann::json runs = run("demo --out demo --json").json()["runs"];
+  std::filesystem::copy(path("demo/data"), path("."), std::filesystem::copy_options::recursive);
+  for (const nlohmann::json& entry : runs) {
+    const std::string help = run(entry["command"].get<std::string>() + " --help").output;
+    const std::regex line("\n  mirel (.*)");
+    const std::string examples = help.substr(help.find("\nExamples:"));
+    for (std::sregex_iterator found(examples.begin(), examples.end(), line), end; found != end; ++found) {
+      EXPECT_EQ(run((*found)[1]).status, 0) << (*found)[1];
+    }
+  }
+}
+
 TEST_F(DemoCommand, aFailingSubcommandIsSaidAndTheOthersGoOn) {
   std::filesystem::create_directories(path("out"));
   write("out/depth", "in the way");
