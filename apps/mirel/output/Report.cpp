@@ -5,6 +5,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <cctype>
 #include <map>
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
@@ -121,17 +123,35 @@ nlohmann::json chartsJson(const std::vector<ReportChart>& charts) {
   return list;
 }
 
+/// A column goes to the right when none of its cells has words in it.
+bool isNumberColumn(const ReportTable& table, std::size_t column) {
+  const auto isNumberCell = [&](const auto& row) { return isNumber(row[column]); };
+  const auto hasWords = [&](const auto& row) {
+    return std::any_of(row[column].begin(), row[column].end(), [](unsigned char c) { return std::isalpha(c) != 0; });
+  };
+  return std::any_of(table.rows.begin(), table.rows.end(), isNumberCell) &&
+         std::none_of(table.rows.begin(), table.rows.end(),
+                      [&](const auto& row) { return hasWords(row) && !isNumberCell(row); });
+}
+
+/// Whether the last column has sentences: on narrow screens they get lines of their own.
+bool isWordy(const ReportTable& table) {
+  return std::any_of(table.rows.begin(), table.rows.end(), [](const auto& row) { return row.back().size() > 40; });
+}
+
 std::string tableHtml(const ReportTable& table) {
-  std::string html = fmt::format("<section>\n<h2>{}</h2>\n<div class=\"wide\"><table><thead><tr>", escape(table.title));
+  std::string html = fmt::format("<section>\n<h2>{}</h2>\n<div class=\"wide\"><table{}><thead><tr>",
+                                 escape(table.title), isWordy(table) ? " class=\"wordy\"" : "");
+  std::vector<const char*> kinds;
   for (std::size_t i = 0; i < table.heads.size(); ++i) {
-    const bool number = !table.rows.empty() && isNumber(table.rows[0][i]);
-    html += fmt::format("<th{}>{}</th>", number ? " class=\"number\"" : "", escape(table.heads[i]));
+    kinds.push_back(isNumberColumn(table, i) ? "number" : "name");
+    html += fmt::format("<th class=\"{}\">{}</th>", kinds[i], escape(table.heads[i]));
   }
   html += "</tr></thead><tbody>\n";
   for (const auto& row : table.rows) {
     html += "<tr>";
-    for (const std::string& cell : row) {
-      html += fmt::format("<td class=\"{}\">{}</td>", isNumber(cell) ? "number" : "name", escape(cell));
+    for (std::size_t i = 0; i < row.size(); ++i) {
+      html += fmt::format("<td class=\"{}\">{}</td>", kinds[i], escape(row[i]));
     }
     html += "</tr>\n";
   }
@@ -205,7 +225,8 @@ std::string settingsRows(const nlohmann::json& settings, bool changed) {
 std::string settingsHtml(const nlohmann::json& settings) {
   if (settings.empty()) return {};
   const char* head =
-      "<div class=\"wide\"><table><thead><tr><th>Key</th><th>Value</th><th>Default</th><th>Meaning</th><th>Read by</th>"
+      "<div class=\"wide\"><table "
+      "class=\"wordy\"><thead><tr><th>Key</th><th>Value</th><th>Default</th><th>Meaning</th><th>Read by</th>"
       "</tr></thead><tbody>\n";
   const char* tail = "</tbody></table></div>\n";
   const std::string changed = settingsRows(settings, true);

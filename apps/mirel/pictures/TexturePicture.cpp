@@ -140,9 +140,9 @@ cv::Mat drawTable(const TextureResult& result) {
     drawThumbnail(view, result.images[row], layout.head(i, false));
   }
   Sheet sheet(view, {"Matches of each two images",
-                     fmt::format("{} images, {} to {}; on the diagonal: features of the image; pale: fewer than {}, "
-                                 "which can be chance",
-                                 images, result.images.front().name, result.images.back().name, fewMatches)});
+                     fmt::format("{} images, {} to {}; on the diagonal: their features", images,
+                                 result.images.front().name, result.images.back().name),
+                     fmt::format("pale: fewer than {}, which can be chance", fewMatches)});
   colours.drawBar(sheet.picture(), sheet.footer(), "matches");
   return sheet.picture();
 }
