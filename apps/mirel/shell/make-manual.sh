@@ -25,3 +25,7 @@ page
 for command in $("$mirel" --help | awk '/^Subcommands:/ { list = 1; next } /^$/ { list = 0 } list { print $1 }'); do
   section "$command"
 done
+cat <<'END'
+.SH "SEE ALSO"
+The pages of share/doc/mirel/docs, in Markdown: guides, conventions, settings, formats of files (docs/NAME.md above).
+END
