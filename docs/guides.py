@@ -18,6 +18,8 @@ IMAGES = pathlib.Path("docs/images")
 OUT = pathlib.Path("out/guides")
 
 PICTURES = {
+    "matches": "readme/matches_0001.png",
+    "guide-settings": "cells/overlay.png",
     "guide-features": "features/overlay.png",
     "guide-matching": "matching/matches_0001.png",
     "guide-filters": "imu/imu.png",
@@ -70,6 +72,7 @@ def main():
         page = PROGRAM.sub(lambda match: program(match, shell), guide.read_text(encoding="utf-8"))
         page = COMMAND.sub(lambda match: command(match, shell), page)
         guide.write_text(page, encoding="utf-8")
+    shell.output(f"mirel track $frames/basketball1.png $frames/basketball2.png --out {OUT}/readme")  # README.md shows it
     for name, source in PICTURES.items():
         (IMAGES / f"{name}.jpg").write_bytes(jpeg_of_png((OUT / source).read_bytes()))
 
