@@ -2,7 +2,7 @@
 ///
 ///     MayhonyAHRS attitude;
 ///     for (const Sample& s : recording) attitude.update(s.gyro, s.accel, s.gyro, s.dt);
-///     const cv::Vec3f down = attitude.gravity();
+///     const cv::Vec3f up = attitude.gravity();  // as seen by the sensor
 #pragma once
 
 #include <MirelAlgorithms/Export.h>

@@ -57,7 +57,7 @@ class MIREL_API FeaturePrediction {
   /// 2^64 - 1 comes 0.
   SVec2d predictSpeed(std::uint64_t time) const;
 
-  /// Whether there are two positions or more, and none of them all later than `time`.
+  /// Whether there are two positions or more, not all of them later than `time`.
   bool predictable(std::uint64_t time) const;
 
   /// Whether positions are predictable one unit before and one unit after a time.
