@@ -26,10 +26,10 @@ namespace MirelAlgorithms {
 /// `checkPose` fills `samplePts`.
 struct MIREL_API Frustum {
   Mat4d pose;                            ///< camera to world
-  double near = 0.4;                     ///< nearest visible distance
-  double far = 10.0;                     ///< farthest visible distance
+  double near;                           ///< nearest visible distance
+  double far;                            ///< farthest visible distance
   double fov;                            ///< full horizontal angle of view
-  int viewSign = -1;                     ///< which way the static `contains` looks: -1 along -z, 1 along +z
+  int viewSign;                          ///< which way the static `contains` looks: -1 along -z, 1 along +z
   double aspect;                         ///< width over height: the vertical angle is fov / aspect
   std::vector<Vec3d<double>> samplePts;  ///< points that `checkPose` tries, in camera coordinates; filled by it
   double tanHalfFovX;                    ///< tan(fov / 2)
