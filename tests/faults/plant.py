@@ -185,14 +185,14 @@ def line_of(text, place):
     return text[start:end].strip()
 
 
-def draw(texts, rng):
+def draw(texts, kinds, rng):
     """A file, its text with a fault, and how the fault reads."""
     files = list(texts)
     file = rng.choices(files, [texts[name].count("\n") for name in files])[0]
     text = texts[file]
-    found = sites(text, rng)
+    found = [site for site in sites(text, rng) if site[0] in kinds]
     if not found:
-        return draw(texts, rng)
+        return draw(texts, kinds, rng)
     kind = rng.choice(sorted({site[0] for site in found}))
     _, start, end, new = rng.choice([site for site in found if site[0] == kind])
     gap = "\n" * text.count("\n", start, end)  # numbers of lines stay
@@ -207,10 +207,10 @@ def equivalents():
     return {line for line in lines if "  ->  " in line}
 
 
-def plant(suite, texts, known, rng):
+def plant(suite, texts, kinds, known, rng):
     """Plants faults until one counts: how it reads, and which test finds it."""
     while True:
-        file, faulty, fault = draw(texts, rng)
+        file, faulty, fault = draw(texts, kinds, rng)
         if re.sub(r":\d+:", ":", fault, count=1) in known:
             continue
         (TREE / file).write_text(faulty)
@@ -227,6 +227,7 @@ def main():
     parser.add_argument("count", type=int, nargs="?", default=50)
     parser.add_argument("seed", type=int, nargs="?", default=1)
     parser.add_argument("--from", type=int, default=1, metavar="NUMBER", dest="first", help="go on with this fault")
+    parser.add_argument("--kinds", nargs="+", default=list(KINDS), choices=KINDS, help="only faults of these kinds")
     parser.add_argument("--library", action="store_true", help="leave out the tool's tests")
     options = parser.parse_args()
     os.environ["CCACHE_BASEDIR"] = str(TREE)
@@ -236,7 +237,7 @@ def main():
     texts = {path.relative_to(TREE): path.read_text() for path in sources}
     known, survivors, numbers = equivalents(), [], range(options.first, options.count + 1)
     for number in numbers:
-        fault, finder = plant(suite, texts, known, random.Random(f"{options.seed} {number}"))
+        fault, finder = plant(suite, texts, options.kinds, known, random.Random(f"{options.seed} {number}"))
         if not finder:
             survivors.append(number)
         print(f"{number:3} {fault}\n      {'found by ' + finder if finder else 'SURVIVED'}", flush=True)
