@@ -25,9 +25,9 @@ namespace MirelAlgorithms {
 /// @return             0 success, also with no features; 1 the image is empty
 ///
 /// On any other result than 0 and on exceptions both outputs are untouched. `std::invalid_argument` refuses fewer cells
-/// than 1 or more than the image has rows or columns, no pyramid level, and a pyramid too large to address. What is
-/// left over and makes a further cell that leaves the image is OpenCV's region error; parameters that OpenCV refuses
-/// are its errors too.
+/// than 1 or more than the image has rows or columns, no pyramid level, a pyramid too large to address, and more ORB
+/// features than 2^24 or so many below 0 that OpenCV cannot take them. What is left over and makes a further cell that
+/// leaves the image is OpenCV's region error; parameters that OpenCV refuses are its errors too.
 ///
 /// Any number of calls at once. Time is that of one detection and one description by ORB, whatever the number of cells,
 /// except with an edge threshold below 15 or enlarged pyramid levels: then each cell is a detection of its own.

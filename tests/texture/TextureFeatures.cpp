@@ -82,6 +82,8 @@ TEST(TextureExtract, outputsStayOnFailure) {
                                                     {L"txmORBnLevels", INT_MIN},
                                                     {L"txmORBnLevels", 1001},
                                                     {L"txmORBfirstLevel", 200},
+                                                    {L"txmORBmaxFeatures", -100},
+                                                    {L"txmORBmaxFeatures", INT_MAX},
                                                     {L"txmORBedgeThreshold", INT_MAX},
                                                     {L"txmORBpatchSize", INT_MAX}};
   for (const auto& [key, value] : refused) {

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <stdexcept>
 #include <string>
 
 namespace MirelAlgorithms {
@@ -26,6 +27,10 @@ void requirePyramid(const char* function, const cv::ORB& orb, const cv::Mat& ima
   }
   if (pixels > mostPixels)
     refuse(function, "pyramid of the txmORB keys", std::to_string(pixels) + " pixels", "at most 2^31");
+}
+
+[[noreturn]] void refuseFeatures(const char* function, const cv::ORB& orb) {
+  refuse(function, "txmORBmaxFeatures", std::to_string(orb.getMaxFeatures()), "0 to 2^24");
 }
 
 std::vector<cv::KeyPoint> detect(const char* function, const cv::Mat& image, cv::ORB& orb,
@@ -60,8 +65,15 @@ TextureFeatures extractTexture(const char* function, const cv::Mat& image, const
   const auto settings = readSettings<TextureExtractionSettings>(attrs);
   const cv::Ptr<cv::ORB> orb = createTextureOrb(attrs);
   requirePyramid(function, *orb, image);
+  constexpr int mostFeatures = 1 << 24;
+  if (orb->getMaxFeatures() > mostFeatures) refuseFeatures(function, *orb);
   const cv::Mat grey = enhanced(image, settings.enhancement);
-  TextureFeatures features{detect(function, grey, *orb, settings), {}};
+  TextureFeatures features;
+  try {
+    features.keyPoints = detect(function, grey, *orb, settings);
+  } catch (const std::length_error&) {  // OpenCV reserves room for the features before it looks for any
+    refuseFeatures(function, *orb);
+  }
   if (!features.keyPoints.empty()) orb->compute(grey, features.keyPoints, features.descriptors);
   return features;
 }
