@@ -41,7 +41,7 @@ struct MIREL_API MotionEstimate {
   double meanInlierResidual = 1000.0;  ///< the same over pairs that kept both equations; 10000 when there are none
   std::int32_t points = 0;             ///< pairs used
   std::int32_t outlierRows = 0;        ///< equations, two per pair, that the fit rejected
-  double matrix[9] = {1.0, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, 1.0};  ///< H, row by row, h22 = 1
+  double matrix[9] = {1.0, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, 1.0};  ///< H, row by row, h22 = 1; NaN: c at infinity
   double center[2] = {0.0, 0.0};                                     ///< c, pixels; directly behind the matrix
 
   /// Back to the values above: no motion.
