@@ -38,8 +38,10 @@ fuzz::ExactMatrix anyFeatures(FuzzedDataProvider& data, const cv::Size& image) {
   fuzz::ExactMatrix features(data, data.ConsumeIntegralInRange(0, 24), odd ? 2 : 1, type);
   for (int i = 0; i < features.mat.rows && !odd; ++i) {
     float* f = features.mat.ptr<float>(i);
-    f[0] = data.ConsumeBool() ? anyReal<float>(data) : data.ConsumeFloatingPointInRange(-30.0f, image.width + 30.0f);
-    f[1] = data.ConsumeBool() ? anyReal<float>(data) : data.ConsumeFloatingPointInRange(-30.0f, image.height + 30.0f);
+    const float reach[] = {image.width + 30.0f, image.height + 30.0f};
+    for (int k = 0; k < 2; ++k)
+      f[k] = data.ConsumeIntegralInRange(0, 7) == 0 ? anyReal<float>(data)
+                                                    : data.ConsumeFloatingPointInRange(-30.0f, reach[k]);
     for (int k = 2; k < 5; ++k) f[k] = anyReal<float>(data);
   }
   features.keep();
@@ -52,7 +54,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
   FuzzedDataProvider data(bytes, size);
   const fuzz::Settings settings = fuzz::anySettings(
       data, "retrieveDescriptors",
-      {{L"FBMType", 0, 3}, {L"FBMDescriptorType", 0, 5}, {L"PatchSize", -1, 20}, {L"FBMEnhancement", -1, 100000}});
+      {{L"FBMType", 0, 3}, {L"FBMDescriptorType", 0, 5}, {L"PatchSize", -1, 12}, {L"FBMEnhancement", -1, 100000}});
   if (data.ConsumeBool()) settings->set(L"DescLengthBytes", 1 << data.ConsumeIntegralInRange(0, 7));
   const auto image = fuzz::anyImage(data, 96);
   const auto given = anyFeatures(data, image.mat.size());

@@ -41,7 +41,7 @@ void checkFeatures(const cv::Mat& features, const cv::Size& image, int budget) {
 // Where sums of squares of the widths stay exact in double.
 bool isModest(const literal::Settings& s) {
   const auto within = [](int value, int most) { return value >= 1 && value <= most; };
-  return s.cells <= 64 && s.budget <= 1 << 20 && within(s.block, 15) && within(s.lumaShift, 12) &&
+  return s.cells <= 64 && std::abs(s.budget + 1.0) < 1e6 && within(s.block, 15) && within(s.lumaShift, 12) &&
          within(s.sobelWidth, 24) && within(s.productWidth, 24) && within(s.blockWidth, 24) && within(s.eigenIn, 24) &&
          within(s.eigenOut, 32);
 }

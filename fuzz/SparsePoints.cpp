@@ -16,6 +16,7 @@ bool sameRow(const cv::Mat& a, int i, const cv::Mat& b, int j) {
 
 // Column 5 numbers the rows.
 void checkKept(const cv::Mat& in, const cv::Mat& out, int mode, int mostPoints) {
+  if (out.empty()) return;
   MIREL_CHECK(out.type() == in.type() && out.cols == in.cols && out.rows <= in.rows);
   int last = -1;
   for (int i = 0; i < out.rows; ++i) {

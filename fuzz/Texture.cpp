@@ -6,6 +6,8 @@
 #include <support/Matrices.h>
 #include <texture/LiteralTexture.h>
 
+#include <cmath>
+
 #include "Inputs.h"
 
 namespace {
@@ -123,17 +125,21 @@ void matchImages(FuzzedDataProvider& data, const fuzz::Settings& settings) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
   FuzzedDataProvider data(bytes, size);
   const bool images = data.ConsumeBool();
-  const fuzz::Settings settings = fuzz::anySettings(data, "texture",
-                                                    {{L"txmToGray", -1, 100000},
-                                                     {L"txmCells", 0, 5},
-                                                     {L"txmMaxKeys", -1, 100},
-                                                     {L"txmORBmaxFeatures", -1, 300},
-                                                     {L"txmORBnLevels", -1, 9},
-                                                     {L"txmORBedgeThreshold", 0, 40},
-                                                     {L"txmORBpatchSize", 0, 40},
-                                                     {L"txmORBWTA_K", 1, 5},
-                                                     {L"txmORBfirstLevel", 0, 3}});
-  if (data.ConsumeBool()) settings->set(L"txmORBscaleFactor", data.ConsumeFloatingPointInRange(1.05, 3.0));
+  const fuzz::Settings settings = fuzz::anySettings(  // small pyramids: large ones are allowed, but slow
+      data, "texture",
+      {{L"txmToGray", -1, 100000},
+       {L"txmCells", 0, 5},
+       {L"txmMaxKeys", -1, 100},
+       {L"txmORBmaxFeatures", -3, 300},
+       {L"txmORBnLevels", -1, 9, false},
+       {L"txmORBedgeThreshold", -1, 40, false},
+       {L"txmORBpatchSize", -1, 40, false},
+       {L"txmORBWTA_K", 1, 5},
+       {L"txmORBfirstLevel", -1, 3, false}});
+  settings->set(L"txmORBscaleFactor",
+                data.ConsumeIntegralInRange(0, 7) != 0
+                    ? data.ConsumeFloatingPointInRange(0.95, 2.0)
+                    : data.PickValueInArray({0.0, -1.2, 1.0, 1e-9, 1e30, HUGE_VAL, std::nan("")}));
   images ? matchImages(data, settings) : matchLists(data, settings);
   return 0;
 }
