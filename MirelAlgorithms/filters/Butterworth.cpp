@@ -102,6 +102,7 @@ void Butterworth::process(std::span<const float> samples, std::span<float> value
 void Butterworth::process(std::span<Butterworth> filters, std::span<const float> samples, std::span<float> values) {
   const std::size_t channels = filters.size();
   requireWholeFrames(channels, samples, values);
+  if (samples.empty()) return;
   for (std::size_t first = 0; first < channels; first += ButterworthLanes::width) {
     const std::size_t lanes = std::min(ButterworthLanes::width, channels - first);
     ButterworthLanes::Sections sections{};
@@ -133,6 +134,7 @@ void ButterworthBandpass::process(std::span<ButterworthBandpass> filters, std::s
                                   std::span<float> values) {
   const std::size_t channels = filters.size();
   requireWholeFrames(channels, samples, values);
+  if (samples.empty()) return;
   for (std::size_t first = 0; first < channels; first += ButterworthLanes::width) {
     const std::size_t lanes = std::min(ButterworthLanes::width, channels - first);
     ButterworthLanes::Sections lows{}, highs{};

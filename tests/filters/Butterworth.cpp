@@ -196,6 +196,8 @@ TYPED_TEST(ButterworthProcess, RefusesSizesThatDisagree) {
   EXPECT_EQ(values, Floats(11, 7.0f));
   for (const TypeParam& filter : filters) EXPECT_EQ(filter.updates(), 0u);
   EXPECT_NO_THROW(TypeParam::process({}, {}, {}));
+  std::vector<TypeParam> many(5);  // more than a register has lanes
+  EXPECT_NO_THROW(TypeParam::process(many, {}, {}));
 }
 
 }  // namespace
