@@ -37,9 +37,9 @@ namespace MirelAlgorithms {
 /// not have; `std::runtime_error` for an aperture other than 3 and 5 with FBMFpgaQuantized. `std::runtime_error` as
 /// well when a dump file cannot be opened. `features` changes only on success.
 ///
-/// Equal responses are ordered by y, then x. The result does not depend on the number of threads or the instruction
-/// set. Any number of threads, each with its own outputs; each keeps the memory of one response map (4 bytes a pixel)
-/// for its next call.
+/// Equal responses are ordered by y, then x. Bands of rows run on oneTBB; the result does not depend on the number of
+/// threads or the instruction set. Any number of threads, each with its own outputs; each keeps the memory of one
+/// response map (4 bytes a pixel) for its next call.
 MIREL_API bool retrieveFeaturesFPGA(const cv::Mat& image, cv::Mat& features, SmartPtr<AttrContainer> settings,
                                     std::shared_ptr<cv::Mat> eigenImage);
 
