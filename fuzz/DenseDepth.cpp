@@ -38,7 +38,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
   FuzzedDataProvider data(bytes, size);
   const fuzz::Settings settings(new Brel::AttrContainer());
   const int mode = data.ConsumeIntegralInRange(0, 3) - 1, odd = 2 * data.ConsumeIntegralInRange(0, 3) + 1;
-  const int width = data.ConsumeIntegralInRange(0, 7) != 0
+  const int width = data.ConsumeIntegralInRange(0, 7) != 7
                         ? odd
                         : data.PickValueInArray({-2147483647, -1, 0, 4, 183, 999, 2147483646, 2147483647});
   settings->set(L"smoothDenseMode", mode);

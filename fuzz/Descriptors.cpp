@@ -33,17 +33,15 @@ void checkKept(const cv::Mat& before, const cv::Mat& features) {
 }
 
 fuzz::ExactMatrix anyFeatures(FuzzedDataProvider& data, const cv::Size& image) {
-  const bool odd = data.ConsumeIntegralInRange(0, 31) == 0;
+  const bool odd = fuzz::rarely(data);
   const int type = odd ? data.PickValueInArray({CV_32FC1, CV_32FC2, CV_64FC(5), CV_8UC1}) : CV_32FC(5);
-  fuzz::ExactMatrix features(data, data.ConsumeIntegralInRange(0, 24), odd ? 2 : 1, type);
-  for (int i = 0; i < features.mat.rows && !odd; ++i) {
-    float* f = features.mat.ptr<float>(i);
-    const float reach[] = {image.width + 30.0f, image.height + 30.0f};
-    for (int k = 0; k < 2; ++k)
-      f[k] = data.ConsumeIntegralInRange(0, 7) == 0 ? anyReal<float>(data)
-                                                    : data.ConsumeFloatingPointInRange(-30.0f, reach[k]);
-    for (int k = 2; k < 5; ++k) f[k] = anyReal<float>(data);
-  }
+  fuzz::ExactMatrix features(data, fuzz::upTo(data, 24), odd ? 2 : 1, type);
+  cv::RNG random(data.ConsumeIntegral<std::uint16_t>());
+  const float most[] = {image.width + 10.0f, image.height + 10.0f, 40.0f, 720.0f, 1.0f};
+  for (int i = 0; i < features.mat.rows && !odd; ++i)
+    for (int k = 0; k < 5; ++k)
+      features.mat.ptr<float>(i)[k] =
+          data.ConsumeIntegralInRange(0, 31) > 28 ? anyReal<float>(data) : random.uniform(-10.0f, most[k]);
   features.keep();
   return features;
 }
@@ -52,9 +50,12 @@ fuzz::ExactMatrix anyFeatures(FuzzedDataProvider& data, const cv::Size& image) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
   FuzzedDataProvider data(bytes, size);
-  const fuzz::Settings settings = fuzz::anySettings(
-      data, "retrieveDescriptors",
-      {{L"FBMType", 0, 3}, {L"FBMDescriptorType", 0, 5}, {L"PatchSize", -1, 12}, {L"FBMEnhancement", -1, 100000}});
+  const fuzz::Settings settings = fuzz::anySettings(data, "retrieveDescriptors",
+                                                    {{L"FBMType", 0, 3},
+                                                     {L"FBMDescriptorType", 0, 5},
+                                                     {L"PatchSize", -1, 12},
+                                                     {L"DescLengthBytes", 16, 16},
+                                                     {L"FBMEnhancement", -1, 100000}});
   if (data.ConsumeBool()) settings->set(L"DescLengthBytes", 1 << data.ConsumeIntegralInRange(0, 7));
   const auto image = fuzz::anyImage(data, 96);
   const auto given = anyFeatures(data, image.mat.size());

@@ -25,6 +25,14 @@ inline const bool openCvIsQuiet = [] {
   return true;
 }();
 
+/// Once in a while, and not when the input has run out.
+inline bool rarely(FuzzedDataProvider& data) { return data.ConsumeIntegralInRange(0, 31) == 31; }
+
+/// From `least` to `most`, which it is when the input has run out.
+inline int upTo(FuzzedDataProvider& data, int most, int least = 0) {
+  return most - data.ConsumeIntegralInRange(0, most - least);
+}
+
 /// A matrix in a block of exactly its size, so that a step past the end is seen, and a copy to compare it with. Rows
 /// may be any number of elements apart.
 class ExactMatrix {
@@ -50,17 +58,17 @@ class ExactMatrix {
   cv::Mat mat;
 
  private:
-  // Given bytes over and over, noise, blocks of few values, or one value.
+  // Noise, given bytes over and over, blocks of two values, or one value.
   void fill(FuzzedDataProvider& data, std::size_t unit) {
     const int kind = data.ConsumeIntegralInRange(0, 3);
     cv::RNG random(data.ConsumeIntegral<std::uint16_t>() + 1);
-    const int spread = 1 << data.ConsumeIntegralInRange(0, 8), run = 1 << data.ConsumeIntegralInRange(0, 4);
+    const int spread = 256 >> data.ConsumeIntegralInRange(0, 8), run = 1 << data.ConsumeIntegralInRange(0, 4);
     const std::vector<unsigned char> given =
-        data.ConsumeBytes<unsigned char>(kind == 0 ? data.ConsumeIntegralInRange(0, 600) : 0);
+        data.ConsumeBytes<unsigned char>(kind == 1 ? data.ConsumeIntegralInRange(0, 600) : 0);
     unsigned char value = data.ConsumeIntegral<std::uint8_t>();
     for (std::size_t i = 0; i < size_; ++i) {
-      if (kind == 0 && !given.empty()) value = given[i % given.size()];
-      if (kind == 1) value = static_cast<unsigned char>(random.uniform(0, spread));
+      if (kind == 1 && !given.empty()) value = given[i % given.size()];
+      if (kind == 0) value = static_cast<unsigned char>(random.uniform(0, spread));
       if (kind == 2 && i % (run * unit) == 0) value = static_cast<unsigned char>(random.uniform(0, 2) * (spread - 1));
       block_[i] = value;
     }
@@ -73,9 +81,8 @@ class ExactMatrix {
 
 /// An image of up to `side` x `side` pixels; now and then empty or of another type.
 inline ExactMatrix anyImage(FuzzedDataProvider& data, int side, int type = CV_8UC1) {
-  const bool odd = data.ConsumeIntegralInRange(0, 31) == 0;
-  const int least = odd ? 0 : 1, rows = data.ConsumeIntegralInRange(least, side);
-  const int cols = data.ConsumeIntegralInRange(least, side);
+  const bool odd = rarely(data);
+  const int least = odd ? 0 : 1, rows = upTo(data, side, least), cols = upTo(data, side, least);
   return ExactMatrix(data, rows, cols,
                      odd ? data.PickValueInArray({CV_8UC1, CV_8UC3, CV_16UC1, CV_32FC1, type}) : type);
 }

@@ -12,8 +12,8 @@ using namespace MirelAlgorithms;
 
 struct Frame {
   Frame(FuzzedDataProvider& data, int width)
-      : descriptors(data, data.ConsumeIntegralInRange(0, 40), width, width % 16 == 15 ? CV_16UC1 : CV_8UC1) {
-    const bool disagrees = data.ConsumeIntegralInRange(0, 31) == 0;
+      : descriptors(data, fuzz::upTo(data, 40), width, width % 16 == 15 ? CV_16UC1 : CV_8UC1) {
+    const bool disagrees = fuzz::rarely(data);
     keyPoints.resize(descriptors.mat.rows + (disagrees ? 1 : 0));
     for (cv::KeyPoint& k : keyPoints) k.pt = {anyReal<float>(data) * 8, anyReal<float>(data) * 8};
   }
@@ -97,7 +97,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
   std::vector<FBPrediction> predictions(data.ConsumeIntegralInRange(0, 3));
   const int width = data.PickValueInArray({0, 1, 7, 8, 15, 16, 32, 32, 61, 64, 128, 200});
   const Frame first(data, width);
-  Frame second(data, data.ConsumeIntegralInRange(0, 31) == 0 ? 24 : width);
+  Frame second(data, fuzz::rarely(data) ? 24 : width);
   if (alike && first.descriptors.mat.type() == second.descriptors.mat.type() &&
       first.descriptors.mat.cols == second.descriptors.mat.cols)
     second.resemble(data, first);

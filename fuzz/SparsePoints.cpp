@@ -35,7 +35,7 @@ void checkKept(const cv::Mat& in, const cv::Mat& out, int mode, int mostPoints) 
 
 // Places on a plane, near positions, values on few steps; some of them any number.
 fuzz::ExactMatrix anyPoints(FuzzedDataProvider& data) {
-  const int rows = data.ConsumeIntegralInRange(1, 300), hostile = data.ConsumeIntegralInRange(0, 20);
+  const int rows = fuzz::upTo(data, 300, 1), hostile = data.ConsumeIntegralInRange(0, 20);
   fuzz::ExactMatrix points(data, rows, 6, CV_32FC1);
   cv::RNG random(data.ConsumeIntegral<std::uint16_t>());
   const float side = data.ConsumeBool() ? 0.15f : 6.0f, steps = data.ConsumeBool() ? 8.0f : 1e6f;
@@ -64,7 +64,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
   const int mode = (fuzz::valueOf(settings, L"smoothSparseMode", 0x4000) & 0xF000) >> 12;
   const int least = fuzz::valueOf(settings, L"smoothSparseMinPts", 100);
   cv::Mat out(2, 2, CV_8UC1), again;
-  if (data.ConsumeIntegralInRange(0, 15) == 0) {  // rows of anything
+  if (fuzz::rarely(data)) {  // rows of anything
     const int type = data.PickValueInArray({CV_8UC1, CV_16UC1, CV_32FC1, CV_32SC1, CV_64FC1, CV_8UC3});
     const int rows = data.ConsumeIntegralInRange(0, 40), cols = data.ConsumeIntegralInRange(0, 20);
     const fuzz::ExactMatrix in(data, rows, cols, type);

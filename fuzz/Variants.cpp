@@ -42,10 +42,10 @@ std::vector<cv::KeyPoint> anyKeyPoints(FuzzedDataProvider& data, int count) {
   std::vector<cv::KeyPoint> keyPoints(count);
   cv::RNG random(data.ConsumeIntegral<std::uint16_t>());
   for (cv::KeyPoint& k : keyPoints)
-    k = cv::KeyPoint(random.uniform(-9.0f, 160.0f), random.uniform(-9.0f, 160.0f), random.uniform(-1.0f, 3.0f),
+    k = cv::KeyPoint(random.uniform(-9.0f, 99.0f), random.uniform(-9.0f, 99.0f), random.uniform(-1.0f, 3.0f),
                      random.uniform(-360.0f, 360.0f));
   for (cv::KeyPoint& k : keyPoints)
-    if (data.remaining_bytes() > 0 && data.ConsumeIntegralInRange(0, 7) == 0)
+    if (data.remaining_bytes() > 0 && data.ConsumeIntegralInRange(0, 7) == 7)
       k = cv::KeyPoint(anyReal<float>(data), anyReal<float>(data), anyReal<float>(data), anyReal<float>(data));
   return keyPoints;
 }
@@ -62,7 +62,8 @@ void corners(FuzzedDataProvider& data) {
                                            {L"FBMEigenValWidthIn", 4, 24, false},
                                            {L"FBMEigenValWidthOut", 4, 33, false},
                                            {L"FBMnCells", 1, 4, false}});
-  const auto image = fuzz::anyImage(data, 150);
+  settings->set(L"FBMFpgaQuantized", !data.ConsumeBool());
+  const auto image = fuzz::anyImage(data, 90);
   checkEverywhere([&](Bytes& bytes) {
     const auto map = std::make_shared<cv::Mat>();
     cv::Mat features;
@@ -75,10 +76,10 @@ void corners(FuzzedDataProvider& data) {
 void descriptors(FuzzedDataProvider& data) {
   const auto settings =
       fuzz::anySettings(data, "retrieveDescriptors", {{L"FBMType", 0, 1, false}, {L"DescLengthBytes", 16, 16, false}});
-  const auto image = fuzz::anyImage(data, 150);
-  const auto keyPoints = anyKeyPoints(data, 200);
-  cv::Mat features(200, 1, CV_32FC(5));
-  for (int i = 0; i < 200; ++i) std::memcpy(features.ptr(i), &keyPoints[i], 5 * sizeof(float));
+  const auto image = fuzz::anyImage(data, 90);
+  const auto keyPoints = anyKeyPoints(data, 80);
+  cv::Mat features(80, 1, CV_32FC(5));
+  for (int i = 0; i < 80; ++i) std::memcpy(features.ptr(i), &keyPoints[i], 5 * sizeof(float));
   checkEverywhere([&](Bytes& bytes) {
     cv::Mat kept = features, found;
     retrieveDescriptors(image.mat, kept, found, settings);
@@ -93,7 +94,7 @@ void matching(FuzzedDataProvider& data) {
   params.searchRadiusSq = data.ConsumeBool() ? params.searchRadiusSq : anyReal<float>(data) * 100;
   params.maxDistance = data.ConsumeBool() ? params.maxDistance : data.ConsumeIntegral<std::uint16_t>();
   const int width = data.PickValueInArray({8, 16, 32, 32, 61, 64, 128});
-  const int size1 = data.ConsumeIntegralInRange(1, 150), size2 = data.ConsumeIntegralInRange(1, 150);
+  const int size1 = fuzz::upTo(data, 80, 1), size2 = fuzz::upTo(data, 80, 1);
   const fuzz::ExactMatrix d1(data, size1, width, CV_8UC1), d2(data, size2, width, CV_8UC1);
   const auto k1 = anyKeyPoints(data, size1), k2 = anyKeyPoints(data, size2);
   checkEverywhere([&](Bytes& bytes) {
@@ -107,8 +108,8 @@ void matching(FuzzedDataProvider& data) {
 
 void nearestRows(FuzzedDataProvider& data) {
   const int width = data.ConsumeIntegralInRange(1, 80);
-  const fuzz::ExactMatrix d1(data, data.ConsumeIntegralInRange(0, 200), width, CV_8UC1);
-  const fuzz::ExactMatrix d2(data, data.ConsumeIntegralInRange(0, 200), width, CV_8UC1);
+  const fuzz::ExactMatrix d1(data, fuzz::upTo(data, 80), width, CV_8UC1);
+  const fuzz::ExactMatrix d2(data, fuzz::upTo(data, 80), width, CV_8UC1);
   const bool pairs = data.ConsumeBool();
   checkEverywhere([&](Bytes& bytes) {
     const NearestRows rows = findNearestRows("nearestRows", d1.mat, d2.mat, pairs);
@@ -122,9 +123,9 @@ void smoothing(FuzzedDataProvider& data) {
   settings->set(L"smoothDenseRadius", 2 * data.ConsumeIntegralInRange(0, 2) + 1);
   settings->set(L"smoothSparseMode", data.ConsumeIntegralInRange(2, 6) << 12);
   settings->set(L"smoothSparseMaxPts", data.ConsumeIntegralInRange(1, 60));
-  const auto image = fuzz::anyImage(data, 150, CV_16UC1);
-  const auto keyPoints = anyKeyPoints(data, 300);
-  cv::Mat points(300, 5, CV_32FC1);
+  const auto image = fuzz::anyImage(data, 90, CV_16UC1);
+  const auto keyPoints = anyKeyPoints(data, 120);
+  cv::Mat points(120, 5, CV_32FC1);
   for (int i = 0; i < points.rows; ++i) std::memcpy(points.ptr(i), &keyPoints[i], 5 * sizeof(float));
   checkEverywhere([&](Bytes& bytes) {
     cv::Mat depth, thinned;
