@@ -26,7 +26,7 @@ and leaves the default in force. The tool takes `--set FBMnCells=4`, and refuses
 COMMANDS_INTRO = """# Commands
 
 What `mirel` and each of its subcommands say of themselves. Exit status: 0 success, 1 nothing found in good input,
-2 wrong usage or unusable input. Formats have [pages of their own](index.md).
+2 wrong usage or unusable input, 128 and the signal's number when a signal ended it. Formats have [pages of their own](index.md).
 """
 
 

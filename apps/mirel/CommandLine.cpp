@@ -39,7 +39,8 @@ class CommandLine {
     app_.footer(
         "mirel SUBCOMMAND --help, or mirel help SUBCOMMAND, tells more.\n"
         "mirel --config run.json repeats a recorded run.\n"
-        "Exit status: 0 success, 1 nothing found in good input, 2 wrong usage or unusable input.\n\n" +
+        "Exit status: 0 success, 1 nothing found in good input, 2 wrong usage or unusable input,\n"
+        "128 and the signal's number when a signal ended it: 130 for SIGINT, 143 for SIGTERM.\n\n" +
         examplesText({"mirel demo", "mirel settings"}));
     for (const CommandEntry& entry : commands()) {
       CLI::App* sub = app_.add_subcommand(entry.name, entry.summary);
@@ -63,10 +64,10 @@ class CommandLine {
     } catch (const CLI::Success& request) {
       return app_.exit(request);  // prints help or version
     } catch (const CLI::ExtrasError&) {
-      return fail(unknownWord());
+      return fail(oneLine(unknownWord()));
     } catch (const Interrupted& error) {
       fail(oneLine(error));
-      return interrupted;
+      return error.status();
     } catch (const std::exception& error) {
       return fail(oneLine(error));
     }
@@ -79,12 +80,16 @@ class CommandLine {
   };
 
   /// "help SUB" is "SUB --help"; "--config FILE" without a subcommand takes the recorded one.
-  static void rewrite(std::vector<std::string>& arguments) {
+  void rewrite(std::vector<std::string>& arguments) const {
     if (!arguments.empty() && arguments[0] == "help") {
       while (!arguments.empty() && arguments[0] == "help") arguments.erase(arguments.begin());
       arguments.push_back("--help");
     } else if (arguments.size() >= 2 && arguments[0] == "--config") {
-      arguments.insert(arguments.begin(), readRunRecord(arguments[1])["command"].get<std::string>());
+      const auto command = readRunRecord(arguments[1])["command"].get<std::string>();
+      const bool known = std::any_of(commands_.begin(), commands_.end(),
+                                     [&](const Entry& entry) { return entry.app->get_name() == command; });
+      if (!known) throw UsageError("--config " + arguments[1] + ": records a run of '" + command + "', no subcommand");
+      arguments.insert(arguments.begin(), command);
     }
   }
 

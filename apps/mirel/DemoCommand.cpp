@@ -44,7 +44,7 @@ class DemoCommand : public Command {
     int worst = success;
     for (const DemoRun& run : demoRuns(common_.out)) {
       outcomes.push_back(session.clock().time("runs", [&] { return execute(run, common_.out); }));
-      if (outcomes.back().status == interrupted) return interrupted;  // the subcommand has said so
+      if (outcomes.back().status >= interrupted) return outcomes.back().status;  // the subcommand has said so
       worst = std::max(worst, outcomes.back().status);
       show(outcomes.back());
     }

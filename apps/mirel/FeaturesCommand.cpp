@@ -31,6 +31,14 @@ void checkStorageName(const std::string& file) {
   if (!known) throw UsageError("--descriptors " + file + ": .yml, .xml or .json expected, .gz may follow");
 }
 
+/// The storage does not tell whether the disk took all of it; the descriptors come last.
+bool hasArrived(const std::filesystem::path& path, const cv::Mat& descriptors) {
+  cv::Mat arrived;
+  cv::FileStorage(path.string(), cv::FileStorage::READ)["descriptors"] >> arrived;
+  return arrived.size() == descriptors.size() &&
+         std::equal(arrived.begin<uchar>(), arrived.end<uchar>(), descriptors.begin<uchar>());
+}
+
 void writeDescriptors(const std::filesystem::path& path, const std::string& shown, const FrameFeatures& features) {
   cv::Mat table(static_cast<int>(features.keyPoints.size()), 5, CV_32F);
   for (int i = 0; i < table.rows; ++i) {
@@ -40,12 +48,14 @@ void writeDescriptors(const std::filesystem::path& path, const std::string& show
   }
   try {
     cv::FileStorage storage(path.string(), cv::FileStorage::WRITE);
-    if (!storage.isOpened()) throw UsageError("--descriptors " + shown + ": cannot be written");
     storage << "schema" << 1 << "image" << features.frame.name << "width" << features.frame.grey.cols << "height"
             << features.frame.grey.rows << "features" << table << "descriptors" << features.descriptors;
+    storage.release();
+    if (hasArrived(path, features.descriptors)) return;
   } catch (const cv::Exception&) {
-    throw UsageError("--descriptors " + shown + ": cannot be written");
+    // the same as for what has not arrived
   }
+  throw UsageError("--descriptors " + shown + ": cannot be written");
 }
 
 void writeCsv(Session& session, const FrameFeatures& features) {

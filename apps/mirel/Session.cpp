@@ -1,5 +1,6 @@
 #include "Session.h"
 
+#include "Errors.h"
 #include "options/Replay.h"
 #include "output/Interrupt.h"
 #include "output/JsonText.h"
@@ -46,7 +47,11 @@ OutputFolder& Session::folder() {
     folder_.emplace(options_.out);
     // Dumps of intermediate images go where all results go, unless the user wants them elsewhere.
     if (!settings_.isSet("FBMWorkDir")) {
-      settings_.set("FBMWorkDir", std::filesystem::path(folder_->stagingFolder()).wstring());
+      try {
+        settings_.set("FBMWorkDir", std::filesystem::path(folder_->stagingFolder()).wstring());
+      } catch (const std::filesystem::filesystem_error&) {
+        throw UsageError("--out " + options_.out + ": a name in UTF-8 expected");
+      }
     }
   }
   return *folder_;
@@ -62,6 +67,7 @@ void Session::finish(Report& report, const std::vector<InputFile>& inputs, const
   folder().write("report.html", report.html());
   for (const InputFile& input : inputs) folder().checkSpares(input.path);
   for (const auto& file : files_) folder().checkSpares(file->target());
+  folder().checkPlaces();
   for (const auto& file : files_) file->commit();
   folder().commit(numberedPrefix);
   if (reportListener()) reportListener()(report);

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
@@ -71,10 +72,23 @@ class ToolTest : public testing::Test {
     return names;
   }
 
+  /// Every file and folder below a folder, with the bytes of files.
+  std::map<std::string, std::string> contents(const std::string& name) const {
+    std::map<std::string, std::string> files;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(path(name))) {
+      const std::string below = entry.path().lexically_relative(path("")).string();
+      std::error_code ignored;  // of links that lead nowhere
+      files[below] = entry.is_regular_file(ignored) ? read(below) : "";
+    }
+    return files;
+  }
+
   /// Runs "mirel ARGUMENTS" in the folder.
-  ToolResult run(const std::string& arguments) const {
-    const std::string command =
-        "cd \"" + folder_.string() + "\" && \"" MIREL_TOOL "\" " + arguments + " >stdout 2>stderr";
+  ToolResult run(const std::string& arguments) const { return shell("\"" MIREL_TOOL "\" " + arguments); }
+
+  /// Runs a command of the shell in the folder.
+  ToolResult shell(const std::string& text) const {
+    const std::string command = "cd \"" + folder_.string() + "\" && " + text + " >stdout 2>stderr";
     int status = std::system(command.c_str());
 #ifndef _WIN32
     status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;

@@ -12,6 +12,7 @@ namespace mirel {
 
 namespace {
 
+constexpr std::size_t mostColumns = 10'000;  // a file without line ends is no table
 constexpr std::string_view blanks = " \t\r\v\f";
 
 std::string_view trimmed(std::string_view text) {
@@ -134,6 +135,9 @@ std::vector<std::string_view> CsvTable::split(std::string_view line, std::size_t
     const std::size_t end = cellEnd(line, separator_);
     if (end == std::string_view::npos) {
       throw UsageError(fmt::format("{}:{}: quotes that are not closed on the line", name_, number));
+    }
+    if (cells.size() == mostColumns) {
+      throw UsageError(fmt::format("{}:{}: more than {} cells, fewer expected", name_, number, mostColumns));
     }
     cells.push_back(withoutQuotes(trimmed(line.substr(0, end))));
     if (end == line.size()) return cells;

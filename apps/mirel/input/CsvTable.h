@@ -14,7 +14,7 @@ namespace mirel {
 /// Cells are separated by semicolons, tabs, commas or blanks: the first of these that the first row has outside quotes.
 /// Blanks around cells, a byte order mark, line ends with carriage returns, blank lines, and lines that begin with # or
 /// % are skipped. Heads are the first row if it has a cell that is text, else the last comment before it with as many
-/// cells. A row may have further cells as long as they are empty.
+/// cells. A row may have further cells as long as they are empty, 10,000 in all.
 class CsvTable {
  public:
   /// @param name  of the file, for messages

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <opencv2/core/utility.hpp>
-#include <regex>
+#include <optional>
 
 namespace mirel {
 
@@ -36,12 +36,33 @@ std::vector<std::string> wildcardFiles(const std::string& pattern) {
   return found;
 }
 
-std::vector<std::string> numberedFiles(const std::string& before, int digits, const std::string& after) {
-  const auto name = [&](int number) { return fmt::format("{}{:0{}}{}", before, number, digits, after); };
+/// A name with a place for a number.
+struct NumberedName {
+  std::string before, after;
+  int digits;
+
+  std::string of(int number) const { return fmt::format("{}{:0{}}{}", before, number, digits, after); }
+};
+
+/// The last %d, %4d or %04d in a text.
+std::optional<NumberedName> findNumber(const std::string& text) {
+  std::size_t percent = text.size();
+  while (percent > 0 && (percent = text.rfind('%', percent - 1)) != std::string::npos) {
+    std::size_t at = percent + 1;  // a text ends with a zero byte
+    if (text[at] == '0') ++at;
+    const int digits = isDigit(text[at]) ? text[at++] - '0' : 1;
+    if (text[at] == 'd') return NumberedName{text.substr(0, percent), text.substr(at + 1), digits};
+  }
+  return std::nullopt;
+}
+
+std::vector<std::string> numberedFiles(const NumberedName& name) {
+  std::error_code ignored;
+  const auto isThere = [&](int number) { return fs::exists(name.of(number), ignored); };
   int number = 0;
-  while (number < 1000 && !fs::exists(name(number))) ++number;
+  while (number < 1000 && !isThere(number)) ++number;
   std::vector<std::string> files;
-  for (; fs::exists(name(number)); ++number) files.push_back(name(number));
+  for (; isThere(number); ++number) files.push_back(name.of(number));
   return files;
 }
 
@@ -65,14 +86,11 @@ bool naturalLess(const std::string& a, const std::string& b) {
 }
 
 std::vector<std::string> expandPattern(const std::string& argument) {
-  static const std::regex counter("^(.*)%0?([0-9]?)d(.*)$");
   std::error_code error;
   if (fs::exists(argument, error)) return {argument};
-  std::smatch parts;
   std::vector<std::string> files;
-  if (std::regex_match(argument, parts, counter)) {
-    const int digits = parts[2].length() == 0 ? 1 : std::stoi(parts[2]);
-    files = numberedFiles(parts[1], digits, parts[3]);
+  if (const auto numbered = findNumber(argument)) {
+    files = numberedFiles(*numbered);
   } else if (argument.find_first_of("*?") != std::string::npos) {
     files = wildcardFiles(argument);
   } else {

@@ -3,13 +3,13 @@
 #include "Errors.h"
 #include "input/ImageHeader.h"
 #include "input/QuietStderr.h"
+#include "input/StandardInput.h"
 
 #include <fmt/format.h>
 
 #include <climits>
 #include <filesystem>
 #include <fstream>
-#include <iostream>
 #include <opencv2/imgcodecs.hpp>
 
 namespace mirel {
@@ -31,16 +31,43 @@ void checkFitsMemory(const std::string& name, std::uintmax_t size) {
 std::string readStandardInput(const FileKind& wanted) {
   std::string bytes;
   std::vector<char> block(1 << 20);
-  while (std::cin.read(block.data(), block.size()) || std::cin.gcount() > 0) {
-    bytes.append(block.data(), static_cast<std::size_t>(std::cin.gcount()));
+  while (const std::size_t count = readSome(block)) {
+    bytes.append(block.data(), count);
     checkFitsMemory("-", bytes.size());
   }
   checkBytes("-", bytes.size(), wanted);
   return bytes;
 }
 
-cv::Mat decodeQuietly(std::string_view bytes, int mode) {
+/// Decoders ask for the memory of a picture between its head and its content. While this lives, too many pixels are
+/// refused there, whatever the format.
+class PixelLimit : public cv::MatAllocator {
+ public:
+  explicit PixelLimit(const std::string& name) : name_(name), usual_(cv::Mat::getDefaultAllocator()) {
+    cv::Mat::setDefaultAllocator(this);
+  }
+  PixelLimit(const PixelLimit&) = delete;
+  PixelLimit& operator=(const PixelLimit&) = delete;
+  ~PixelLimit() override { cv::Mat::setDefaultAllocator(usual_); }
+
+  cv::UMatData* allocate(int dims, const int* sizes, int type, void* data, std::size_t* step, cv::AccessFlag flags,
+                         cv::UMatUsageFlags usage) const override {
+    if (dims == 2) checkPixels(name_, sizes[1], sizes[0]);
+    return usual_->allocate(dims, sizes, type, data, step, flags, usage);
+  }
+  bool allocate(cv::UMatData* data, cv::AccessFlag flags, cv::UMatUsageFlags usage) const override {
+    return usual_->allocate(data, flags, usage);
+  }
+  void deallocate(cv::UMatData* data) const override { usual_->deallocate(data); }
+
+ private:
+  const std::string& name_;
+  cv::MatAllocator* usual_;
+};
+
+cv::Mat decodeQuietly(const std::string& name, std::string_view bytes, int mode) {
   const QuietStderr quiet;
+  const PixelLimit limit(name);
   try {
     const cv::Mat buffer(1, static_cast<int>(bytes.size()), CV_8U, const_cast<char*>(bytes.data()));
     return cv::imdecode(buffer, mode);
@@ -54,7 +81,7 @@ cv::Mat decode(const std::string& name, std::string_view bytes, int mode) {
     checkPixels(name, header->width, header->height);
     if (!header->complete) throw UsageError(name + ": the image ends too early, a whole file expected");
   }
-  cv::Mat image = bytes.size() <= INT_MAX ? decodeQuietly(bytes, mode) : cv::Mat();
+  cv::Mat image = bytes.size() <= INT_MAX ? decodeQuietly(name, bytes, mode) : cv::Mat();
   if (image.empty()) throw UsageError(name + ": not an image that can be read (PNG, JPEG, TIFF, BMP, PNM, WebP, ...)");
   checkPixels(name, image.cols, image.rows);
   return image;

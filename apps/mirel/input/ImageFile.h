@@ -26,8 +26,8 @@ std::string readBytes(const std::string& path, const FileKind& wanted = imageFil
 
 /// Decodes any image that OpenCV reads; colour and 16-bit images become 8-bit grey, turned as their EXIF data say.
 ///
-/// Throws `UsageError` when it is no image, ends too early or has more than `maxPixels`; where the format's head tells
-/// the size that is seen before anything is decoded.
+/// Throws `UsageError` when it is no image, ends too early or has more than `maxPixels`, which is seen before anything
+/// is decoded. One at a time.
 cv::Mat decodeImage(const std::string& name, std::string_view bytes);
 
 /// The same for a depth image, which stays as it is: CV_16UC1. Throws `UsageError` for other depths and channels too.

@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <array>
 #include <fstream>
 
@@ -21,6 +22,19 @@ bool isRecorded(const std::string& name) {
   return std::find(notRecorded.begin(), notRecorded.end(), name) == notRecorded.end();
 }
 
+bool isInput(const nlohmann::json& input) {
+  return input.is_object() && input.value("path", nlohmann::json()).is_string() &&
+         input.value("sha256", nlohmann::json()).is_string();
+}
+
+bool isRunRecord(const nlohmann::json& record) {
+  if (!record.is_object() || record.value("schema", nlohmann::json()) != 1) return false;
+  const nlohmann::json inputs = record.value("inputs", nlohmann::json::array());
+  return record.value("command", nlohmann::json()).is_string() &&
+         record.value("options", nlohmann::json()).is_object() && inputs.is_array() &&
+         std::all_of(inputs.begin(), inputs.end(), isInput);
+}
+
 }  // namespace
 
 nlohmann::json recordedOptions(const CLI::App& app) {
@@ -36,10 +50,9 @@ nlohmann::json readRunRecord(const std::string& file) {
   std::ifstream stream(file, std::ios::binary);
   if (!stream) throw UsageError("--config " + file + ": cannot be read, the run.json of an earlier run expected");
   nlohmann::json record = nlohmann::json::parse(stream, nullptr, false);
-  const bool fits = record.is_object() && record.value("schema", nlohmann::json()) == 1 &&
-                    record.value("command", nlohmann::json()).is_string() &&
-                    record.value("options", nlohmann::json()).is_object();
-  if (!fits) throw UsageError("--config " + file + ": not a run record, the run.json of an earlier run expected");
+  if (!isRunRecord(record)) {
+    throw UsageError("--config " + file + ": not a run record, the run.json of an earlier run expected");
+  }
   return record;
 }
 
@@ -57,6 +70,8 @@ void replayOptions(CLI::App& app, const nlohmann::json& record, const std::strin
       option->run_callback();
     } catch (const nlohmann::json::exception&) {
       throw UsageError(fmt::format("--config {}: option '{}' should be a list of texts", file, name));
+    } catch (const CLI::Error& error) {
+      throw UsageError(fmt::format("--config {}: {}", file, error.what()));
     }
   }
 }

@@ -3,7 +3,7 @@
 
 namespace mirel {
 
-/// From now on SIGINT and SIGTERM are remembered rather than ending the program at once.
+/// From now on SIGINT, SIGTERM and the terminal's hang-up are remembered rather than ending the program at once.
 void watchInterrupts();
 
 /// Throws `Interrupted` when such a signal has come.

@@ -54,9 +54,11 @@ OutputFolder::OutputFolder(const std::string& folder) : folder_(folder) {
   for (fs::path path = folder_; !path.empty() && !fs::exists(path, error); path = path.parent_path()) {
     made_.insert(made_.begin(), path);
   }
-  staging_ = folder_ / fmt::format(".mirel-unfinished-{}", processId());
-  fs::create_directories(staging_, error);
-  if (!error) return;
+  fs::create_directories(folder_, error);
+  for (int i = 0; !error; ++i) {  // a run that had the same number may have been killed and left its own
+    staging_ = folder_ / fmt::format(".mirel-unfinished-{}-{}", processId(), i);
+    if (fs::create_directory(staging_, error)) return;
+  }
   for (auto path = made_.rbegin(); path != made_.rend(); ++path) fs::remove(*path, ignored);
   throw UsageError(fmt::format("--out {}: cannot write there: {}", folder, error.message()));
 }
@@ -90,6 +92,14 @@ void OutputFolder::checkSpares(const fs::path& file) const {
   }
 }
 
+void OutputFolder::checkPlaces() const {
+  for (const fs::directory_entry& staged : fs::directory_iterator(staging_)) {
+    const fs::path target = folder_ / staged.path().filename();
+    std::error_code ignored;
+    if (fs::is_directory(fs::symlink_status(target, ignored))) throw cannotWrite(target, "there is a folder");
+  }
+}
+
 void OutputFolder::commit(const std::string& numberedPrefix) {
   if (!numberedPrefix.empty()) removeEarlier(numberedPrefix);
   for (const fs::directory_entry& file : fs::directory_iterator(staging_)) {
@@ -119,6 +129,8 @@ StagedFile::StagedFile(fs::path target) : target_(std::move(target)) {
     throw cannotWrite(target_, "there is no folder " + target_.parent_path().string());
   }
   staged_ = target_.parent_path() / fmt::format(".mirel-unfinished-{}-{}", processId(), target_.filename().string());
+  std::error_code ignored;
+  fs::remove(staged_, ignored);  // of a run with the same number that was killed
 }
 
 StagedFile::~StagedFile() {

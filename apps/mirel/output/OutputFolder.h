@@ -34,6 +34,9 @@ class OutputFolder {
   /// Throws `UsageError` when `commit` would write over this file, one that the user has named.
   void checkSpares(const std::filesystem::path& file) const;
 
+  /// Throws `UsageError` when `commit` would find a folder where a file goes.
+  void checkPlaces() const;
+
   /// Moves all files to their places, over those of an earlier run. Numbered files of an earlier run that start with
   /// `numberedPrefix`, go on with digits only and end in .png are removed where this run has none of that name.
   void commit(const std::string& numberedPrefix = {});

@@ -48,7 +48,7 @@ nlohmann::json RunRecord::json(const StageClock& clock) const {
 void warnAboutChangedInputs(const nlohmann::json& record, const std::vector<InputFile>& inputs) {
   for (const nlohmann::json& recorded : record.value("inputs", nlohmann::json::array())) {
     for (const InputFile& file : inputs) {
-      if (recorded.value("path", "") != file.path || recorded.value("sha256", "") == file.sha256) continue;
+      if (recorded["path"] != file.path || recorded["sha256"] == file.sha256) continue;
       fmt::print(stderr, "mirel: warning: {}: its content has changed since the recorded run\n", file.path);
     }
   }
