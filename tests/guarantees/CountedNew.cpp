@@ -8,9 +8,9 @@ namespace {
 
 std::atomic<long> live = 0, untilFailure = 0;
 
-void* allocate(std::size_t size, std::size_t alignment = __STDCPP_DEFAULT_NEW_ALIGNMENT__) {
+void* allocate(std::size_t size) {
   if (untilFailure.load(std::memory_order_relaxed) > 0 && untilFailure.fetch_sub(1) == 1) throw std::bad_alloc();
-  void* memory = std::aligned_alloc(alignment, (size + alignment) / alignment * alignment);
+  void* memory = std::malloc(size > 0 ? size : 1);
   if (!memory) throw std::bad_alloc();
   live.fetch_add(1, std::memory_order_relaxed);
   return memory;
@@ -33,21 +33,14 @@ FailingAllocation::FailingAllocation(long n) { untilFailure = n; }
 FailingAllocation::~FailingAllocation() { untilFailure = 0; }
 bool FailingAllocation::happened() const { return untilFailure <= 0; }
 
-// All forms: those of a sanitizer would not fit the ones here.
-using Align = std::align_val_t;
+// All forms but those for unusual alignment: a sanitizer's own would not fit the ones here.
 void* operator new(std::size_t size) { return allocate(size); }
 void* operator new[](std::size_t size) { return allocate(size); }
-void* operator new(std::size_t size, Align align) { return allocate(size, static_cast<std::size_t>(align)); }
-void* operator new[](std::size_t size, Align align) { return allocate(size, static_cast<std::size_t>(align)); }
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return allocateOrNull(size); }
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return allocateOrNull(size); }
 void operator delete(void* memory) noexcept { release(memory); }
 void operator delete[](void* memory) noexcept { release(memory); }
 void operator delete(void* memory, std::size_t) noexcept { release(memory); }
 void operator delete[](void* memory, std::size_t) noexcept { release(memory); }
-void operator delete(void* memory, Align) noexcept { release(memory); }
-void operator delete[](void* memory, Align) noexcept { release(memory); }
-void operator delete(void* memory, std::size_t, Align) noexcept { release(memory); }
-void operator delete[](void* memory, std::size_t, Align) noexcept { release(memory); }
 void operator delete(void* memory, const std::nothrow_t&) noexcept { release(memory); }
 void operator delete[](void* memory, const std::nothrow_t&) noexcept { release(memory); }

@@ -20,8 +20,9 @@ long residentBytes() {
 
 class MemoryGrowth : public testing::TestWithParam<Capability> {};
 
-// OpenCV makes these detectors' tables anew in every call, or walks them at length.
-const std::set<std::string> slow = {"features_brisk", "features_mser", "descriptors_brisk", "descriptors_freak"};
+// What OpenCV takes long for.
+const std::set<std::string> slow = {"features_brisk", "features_mser", "descriptors_brisk", "descriptors_freak",
+                                    "smoothing_neighbours"};
 
 TEST_P(MemoryGrowth, IsBounded) {
   constexpr long most = 1 << 20;
