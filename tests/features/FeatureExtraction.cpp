@@ -101,8 +101,6 @@ TEST(RetrieveFeatures, budgetPerCell) {
   };
   EXPECT_EQ(count({}), 9 * 222) << "2000 / 9 cells by default, not 900";
   EXPECT_EQ(count({{L"FBMnCells", 2}, {L"FBMnFeatures", 43}}), 4 * 10);
-  EXPECT_EQ(count({{L"FBMnFeatures", 8}}), 0);
-  EXPECT_EQ(count({{L"FBMnFeatures", -2000}}), 0);
 }
 
 TEST(RetrieveFeatures, descriptionRewritesFeatures) {
@@ -117,10 +115,6 @@ TEST(RetrieveFeatures, descriptionRewritesFeatures) {
   retrieveDescriptors(image, expected, descriptors, settings(4));
   EXPECT_LT(described.rows, all.rows) << "the border has no ORB descriptor";
   EXPECT_TRUE(same(described, expected));
-
-  cv::Mat untouched = all;
-  EXPECT_THROW(retrieveFeatures(image, untouched, settings(1), true), cv::Exception) << "AKAZE refuses foreign points";
-  EXPECT_TRUE(untouched.data == all.data && untouched.rows == all.rows);
 }
 
 TEST(RetrieveFeatures, fixedPointCornersByDefault) {
@@ -155,10 +149,6 @@ TEST(RetrieveFeatures, keyPointsWithDescriptors) {
   }
   EXPECT_TRUE(same(matrixOf(keyPoints), matrixOf(expected)));
   EXPECT_TRUE(same(descriptors, expectedDescriptors));
-
-  EXPECT_TRUE(retrieveFeatures(cv::Mat(100, 100, CV_8UC1, cv::Scalar(50)), keyPoints, descriptors, Settings()));
-  EXPECT_TRUE(keyPoints.empty());
-  EXPECT_TRUE(descriptors.empty());
 #else
   EXPECT_THROW(retrieveFeatures(image, keyPoints, descriptors, settings), std::runtime_error);
   EXPECT_EQ(keyPoints.size(), 3u);
@@ -166,37 +156,6 @@ TEST(RetrieveFeatures, keyPointsWithDescriptors) {
   EXPECT_TRUE(same(image, before));
 }
 
-TEST(RetrieveFeatures, refusesBadInput) {
-  const cv::Mat grey = scene(40, 50, 7);
-  struct Case {
-    cv::Mat image;
-    int cells;
-  };
-  const Case cases[] = {{cv::Mat(), 3},
-                        {cv::Mat(40, 50, CV_8UC3, cv::Scalar::all(0)), 3},
-                        {cv::Mat(40, 50, CV_16UC1, cv::Scalar(0)), 3},
-                        {cv::Mat(40, 50, CV_32FC1, cv::Scalar(0)), 3},
-                        {grey, 0},
-                        {grey, -3},
-                        {grey, 41},
-                        {grey, std::numeric_limits<int>::min()}};
-  for (const Case& c : cases) {
-    SCOPED_TRACE(testing::Message() << c.image.size() << " cells " << c.cells);
-    for (const int type : {1, 2}) {
-      cv::Mat features(2, 1, CV_32FC(5));
-      const auto settings = settingsOf({{L"FBMType", type}, {L"FBMFeatureType", 0}, {L"FBMnCells", c.cells}});
-      EXPECT_THROW(retrieveFeatures(c.image, features, settings, false), std::invalid_argument);
-      EXPECT_EQ(features.rows, 2);
-    }
-    std::vector<cv::KeyPoint> keyPoints(2);
-    cv::Mat descriptors(2, 8, CV_8UC1);
-    EXPECT_THROW(retrieveFeatures(c.image, keyPoints, descriptors, settingsOf({{L"FBMnCells", c.cells}})),
-                 std::invalid_argument);
-    EXPECT_TRUE(keyPoints.size() == 2 && descriptors.rows == 2);
-  }
-}
-
-// A remainder of half a cell or more is a cell of its own, which leaves the image.
 TEST(RetrieveFeatures, tinyImages) {
   const auto detect = [](int rows, int cols, int featureType) {
     cv::Mat features;
@@ -204,8 +163,6 @@ TEST(RetrieveFeatures, tinyImages) {
                      false);
     return features;
   };
-  EXPECT_THROW(detect(30, 11, 0), cv::Exception);
-  EXPECT_THROW(detect(11, 30, 0), cv::Exception);
   EXPECT_NO_THROW(detect(12, 12, 0));
   for (int featureType = 0; featureType <= 5; ++featureType)
     for (const int side : {3, 6, 17}) {

@@ -8,12 +8,10 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <limits>
 
 #include "CornerScenes.h"
 #include "LiteralCorners.h"
 #include "support/LogCapture.h"
-#include "support/ThrownText.h"
 
 namespace MirelAlgorithms {
 namespace {
@@ -213,73 +211,6 @@ TEST(FixedPointCorners, anyNumberOfThreadsAndInstructionSets) {
   }
 }
 
-TEST(FixedPointCorners, refusalsLeaveEverythingUntouched) {
-  const struct {
-    const wchar_t* key;
-    int value;
-    bool fixedPoint;
-    const char* text;
-  } cases[] = {
-      {L"FBMnCells", 0, false, "retrieveFeaturesFPGA: FBMnCells: 0 given, 1 to 2147483647 expected"},
-      {L"FBMnCells", -3, true, "retrieveFeaturesFPGA: FBMnCells: -3 given, 1 to 2147483647 expected"},
-      {L"FBMBlockSize", 0, false, "retrieveFeaturesFPGA: FBMBlockSize: 0 given, 1 to 255 expected"},
-      {L"FBMBlockSize", 1 << 30, true, "retrieveFeaturesFPGA: FBMBlockSize: 1073741824 given, 1 to 255 expected"},
-      {L"FBMSobelSize", 4, false, "retrieveFeaturesFPGA: FBMSobelSize: 4 given, odd number up to 31 expected"},
-      {L"FBMSobelSize", 33, false, "retrieveFeaturesFPGA: FBMSobelSize: 33 given, odd number up to 31 expected"},
-      {L"FBMSobelWidthOut", 0, true, "retrieveFeaturesFPGA: FBMSobelWidthOut: 0 given, 1 to 512 expected"},
-      {L"FBMEigenValWidthIn", 1, true, "syncRescaleFpga: numBits: 1 given, 2 to 31 expected"},
-      {L"FBMEigenValWidthOut", 64, true, "In calcMinEigenValue(..): outWidth must not exceed 32, found 64"},
-  };
-  const cv::Mat image = cornerScene(40, 40, 1);
-  const auto text = [&](const cv::Mat& input, const Container& settings) {
-    cv::Mat features(2, 1, CV_32FC(5)), before = features;
-    const auto map = std::make_shared<cv::Mat>();
-    const std::string thrown =
-        thrownText<std::invalid_argument>([&] { retrieveFeaturesFPGA(input, features, settings, map); });
-    EXPECT_EQ(features.data, before.data);
-    EXPECT_TRUE(map->empty());
-    return thrown;
-  };
-  for (const auto& c : cases) {
-    const Container settings = plainSettings(c.fixedPoint);
-    settings->set(c.key, c.value);
-    EXPECT_EQ(text(image, settings), c.text);
-  }
-  for (const int type : {CV_8UC3, CV_16UC1, CV_32FC1})
-    EXPECT_NE(text(cv::Mat(40, 40, type, cv::Scalar::all(1)), nullptr).find("8-bit grey image expected"),
-              std::string::npos);
-  EXPECT_EQ(text(cv::Mat(), nullptr), "retrieveFeaturesFPGA: image: empty given, 8-bit grey image expected");
-
-  const Container settings = plainSettings(true);
-  settings->set(L"FBMSobelSize", 7);
-  cv::Mat features;
-  EXPECT_EQ(thrownText<std::runtime_error>([&] { retrieveFeaturesFPGA(image, features, settings, nullptr); }),
-            "Unsupported Sobel size 7. Supported: 3, 5");
-}
-
-// Settings that are large, but defined.
-TEST(FixedPointCorners, extremeSettings) {
-  const int huge = (std::numeric_limits<int>::max)();
-  const struct {
-    const wchar_t* key;
-    int value;
-    bool found;
-  } cases[] = {{L"FBMnCells", huge, false},       {L"FBMnFeatures", huge, true},     {L"FBMnFeatures", -huge, false},
-               {L"FBMLumaLeftShift", 504, false}, {L"FBMSobelWidthOut", 512, false}, {L"FBMGradMultWidthOut", 1, false},
-               {L"FBMEnhancement", -huge, true}};
-  for (const auto& c : cases)
-    for (const bool automatic : {false, true}) {
-      const Container settings = plainSettings(true);
-      settings->set(c.key, c.value);
-      settings->set(L"FBMUseAutoThreshold", automatic);
-      const Result result = detect(cornerScene(60, 70, 9), settings);
-      EXPECT_EQ(result.features.rows > 0, c.found) << testing::PrintToString(std::wstring(c.key));
-    }
-  const Container scharr = plainSettings(false);
-  scharr->set(L"FBMSobelSize", -1);
-  EXPECT_GT(detect(cornerScene(60, 70, 9), scharr).features.rows, 0);
-}
-
 class Dumps : public testing::Test {
  protected:
   Dumps() { std::filesystem::create_directories(folder_); }
@@ -347,16 +278,6 @@ TEST_F(Dumps, ofTheFloatingPointPath) {
     const double value = *(response.map.begin() + static_cast<std::ptrdiff_t>(i));
     EXPECT_NEAR(map[i], value, 1e-5 * std::abs(value));  // six digits
   }
-}
-
-TEST_F(Dumps, withoutAFolder) {
-  const Container container = settings(false);
-  container->set(L"FBMWorkDir", L"no such folder/");
-  container->set(L"FBMWriteEigenvals", true);
-  cv::Mat features;
-  EXPECT_EQ(thrownText<std::runtime_error>(
-                [&] { retrieveFeaturesFPGA(cornerScene(30, 33, 4), features, container, nullptr); }),
-            "cvMatToTxt: Couldn't open output file no such folder/eigenVals_f.txt");
 }
 
 TEST(FixedPointCorners, stagesAreLoggedOnTheirPathOnly) {

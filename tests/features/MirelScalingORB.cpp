@@ -3,14 +3,12 @@
 #include <MirelAlgorithms/frame/internal/CpuVariant.h>
 #include <gtest/gtest.h>
 #include <support/Matrices.h>
-#include <support/ThrownText.h>
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
 #include <opencv2/features2d.hpp>
 #include <opencv2/imgproc.hpp>
-#include <stdexcept>
 
 namespace MirelAlgorithms {
 namespace {
@@ -139,35 +137,6 @@ TEST(MirelScalingORB, noKeyPoints) {
   const cv::Mat none = MirelScalingORB(cv::Mat()).getDescriptors({});
   EXPECT_EQ(none.size(), cv::Size(32, 0));
   EXPECT_EQ(none.type(), CV_8UC1);
-}
-
-template <class Call>
-void expectRefused(const Call& call, const char* text) {
-  EXPECT_PRED_FORMAT2(testing::IsSubstring, text, thrownText<std::invalid_argument>(call));
-}
-
-TEST(MirelScalingORB, refusesBadInput) {
-  constexpr float nan = std::numeric_limits<float>::quiet_NaN(), infinity = std::numeric_limits<float>::infinity();
-  const cv::Mat image = noise(40, 40, 8);
-  const cv::KeyPoint good(20, 20, 1, 0);
-  for (const int type : {CV_8UC3, CV_16UC1, CV_8SC1})
-    expectRefused([&] { MirelScalingORB(cv::Mat(9, 9, type)); }, "MirelScalingORB: image: CV_");
-  expectRefused([&] { MirelScalingORB(cv::Mat()).getDescriptors({good}); }, "image: empty given");
-  for (const cv::KeyPoint& bad : {cv::KeyPoint(nan, 1, 1, 0), cv::KeyPoint(1, -infinity, 1, 0),
-                                  cv::KeyPoint(1, 1, infinity, 0), cv::KeyPoint(1, 1, 1, nan)})
-    expectRefused([&] { MirelScalingORB(image).getDescriptors({good, bad}); }, "in key point 1 given, finite");
-
-  unsigned char bytes[33] = {};
-  const auto describe = [&](const cv::Mat& patch, unsigned char* to, int count) {
-    return [=] { MirelScalingORB::getNormalizedPatchDescriptor(patch, to, count); };
-  };
-  const cv::Mat patch = image(cv::Rect(0, 0, 31, 31)), floats(31, 31, CV_32FC1, cv::Scalar(0));
-  for (const cv::Mat& bad : {cv::Mat(), floats}) expectRefused(describe(bad, bytes, 32), "8-bit grey image expected");
-  for (const cv::Size size : {cv::Size(30, 40), cv::Size(40, 30)})
-    expectRefused(describe(image(cv::Rect({0, 0}, size)), bytes, 32), "at least 31 x 31 expected");
-  expectRefused(describe(patch, nullptr, 32), "descriptor: null given");
-  for (const int count : {-1, 33}) expectRefused(describe(patch, bytes, count), "0 to 32 expected");
-  EXPECT_TRUE(std::all_of(std::begin(bytes), std::end(bytes), [](int b) { return b == 0; }));
 }
 
 }  // namespace

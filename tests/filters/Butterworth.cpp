@@ -1,7 +1,6 @@
 #include <MirelAlgorithms/filters/Butterworth.h>
 #include <gtest/gtest.h>
 
-#include <support/ThrownText.h>
 #include <algorithm>
 #include <numbers>
 
@@ -114,32 +113,22 @@ TEST(Butterworth, GainsAreThoseOfASecondOrderButterworth) {
 }
 
 template <class Filter>
-void expectHealed(const Filter& fresh) {
+void expectForgotten(const Filter& fresh) {
   const Floats samples = Stream<float>(44, false).series(700);
   Floats expected(700), values(700);
   Filter(fresh).process(samples, expected);
-  for (const float bad : {1.0f, INFINITY, NAN}) {
-    Filter filter = fresh;
-    filter.process(Floats(700, bad), values);
-    EXPECT_EQ(std::isfinite(values.back()), std::isfinite(bad));
-    filter.reset();
-    EXPECT_EQ(filter.updates(), 0u);
-    EXPECT_EQ(filter.value(), 0.0f);
-    filter.process(samples, values);
-    EXPECT_EQ(values, expected) << bad;
-  }
+  Filter filter = fresh;
+  filter.process(Floats(700, 1.0f), values);
+  filter.reset();
+  EXPECT_EQ(filter.updates(), 0u);
+  EXPECT_EQ(filter.value(), 0.0f);
+  filter.process(samples, values);
+  EXPECT_EQ(values, expected);
 }
 
 TEST(Butterworth, ResetForgetsSamplesAndKeepsTheDesign) {
-  expectHealed(Butterworth(3.0f, 100, Butterworth::Lowpass, 1.3f));
-  expectHealed(ButterworthBandpass(2.0f, 30.0f, 100, 1.3f));
-}
-
-TEST(Butterworth, UnknownPassTypeIsSilent) {
-  Butterworth filter(5.0f, 100, static_cast<Butterworth::PassType>(7), 1.14f);
-  Floats samples(600, 3.0f), values(600, 1.0f);
-  filter.process(samples, values);
-  EXPECT_EQ(values, Floats(600, 0.0f));
+  expectForgotten(Butterworth(3.0f, 100, Butterworth::Lowpass, 1.3f));
+  expectForgotten(ButterworthBandpass(2.0f, 30.0f, 100, 1.3f));
 }
 
 template <class Filter>
@@ -178,26 +167,6 @@ TYPED_TEST(ButterworthProcess, GivesTheBitsOfSampleBySample) {
         for (std::size_t c = 0; c < channels; ++c) EXPECT_EQ(many[c].updates(), one[c].updates());
       }
     }
-}
-
-TYPED_TEST(ButterworthProcess, RefusesSizesThatDisagree) {
-  std::vector<TypeParam> filters(3);
-  Floats samples(12, 1.0f), values(11, 7.0f);
-  using Error = std::invalid_argument;
-  EXPECT_EQ(thrownText<Error>([&] { filters[0].process(samples, values); }),
-            "process: values: 11 elements given, 12 expected");
-  EXPECT_EQ(thrownText<Error>([&] { TypeParam::process(filters, samples, values); }),
-            "process: values: 11 elements given, 12 expected");
-  samples.resize(11);
-  EXPECT_EQ(thrownText<Error>([&] { TypeParam::process(filters, samples, values); }),
-            "process: samples: 11 elements given, a multiple of the 3 channels expected");
-  EXPECT_EQ(thrownText<Error>([&] { TypeParam::process({}, samples, values); }),
-            "process: samples: 11 elements given, a multiple of the 0 channels expected");
-  EXPECT_EQ(values, Floats(11, 7.0f));
-  for (const TypeParam& filter : filters) EXPECT_EQ(filter.updates(), 0u);
-  EXPECT_NO_THROW(TypeParam::process({}, {}, {}));
-  std::vector<TypeParam> many(5);  // more than a register has lanes
-  EXPECT_NO_THROW(TypeParam::process(many, {}, {}));
 }
 
 }  // namespace

@@ -71,25 +71,6 @@ TEST(SavitzkyGolay, EqualsTheLiteralSteps) {
   limitCpuVariant(CpuVariant::avx512);
 }
 
-TEST(SavitzkyGolay, OtherWindowsAndShortSeriesLeaveTheOutputAlone) {
-  struct Row {
-    int window;
-    std::size_t samples;
-  };
-  std::vector<Row> rows;
-  for (const int window : {4, 6, 27, 3, 1, 0, -5, INT_MAX, INT_MIN}) rows.push_back({window, 100});
-  for (const auto& [window, normaliser] : normalisers)
-    for (std::size_t samples = 0; samples < static_cast<std::size_t>(window) / 2 + 2; ++samples)
-      rows.push_back({window, samples});
-  for (const Row& row : rows) {
-    Series in(row.samples, 1.0), out{1.0, 2.0, 3.0};
-    EXPECT_FALSE(sgCubicSmoother(in, out, row.window)) << row.window << ", " << row.samples << " samples";
-    EXPECT_EQ(out, (Series{1.0, 2.0, 3.0}));
-    EXPECT_FALSE(sgCubicSmoother(in, in, row.window));
-    EXPECT_EQ(in, Series(row.samples, 1.0));
-  }
-}
-
 TEST(SavitzkyGolay, KeepsCubicsAndConstants) {
   Series cubic;
   for (int i = 0; i < 60; ++i) cubic.push_back(0.002 * i * i * i - 0.1 * i * i + i - 5.0);
@@ -102,15 +83,6 @@ TEST(SavitzkyGolay, KeepsCubicsAndConstants) {
   }
   const Series x{1.5, -2.0, 4.0, 0.25};
   EXPECT_NEAR(smooth(x, 5)[0], (-3 * x[2] + 12 * x[1] + 17 * x[0] + 12 * x[1] - 3 * x[2]) / 35, 1e-15);
-}
-
-TEST(SavitzkyGolay, BadSampleSpoilsOnlyItsWindows) {
-  for (const double bad : {double(INFINITY), double(NAN)}) {
-    Series in(50, 1.0);
-    in[20] = bad;
-    const Series out = smooth(in, 9);
-    for (int i = 0; i < 50; ++i) EXPECT_EQ(std::isfinite(out[i]), std::abs(i - 20) > 4) << i;
-  }
 }
 
 }  // namespace

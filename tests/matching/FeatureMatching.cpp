@@ -8,7 +8,6 @@
 
 #include <cmath>
 #include <cstring>
-#include <stdexcept>
 
 namespace {
 
@@ -142,39 +141,6 @@ TEST_F(MatchFeatures, PointOnTheCircleIsACandidate) {
     const Output out = run(in);
     ASSERT_EQ(out.matches.size(), radiusSq == 25.0f ? 1u : 0u);
     EXPECT_EQ(out.predictions[0].state, radiusSq == 25.0f ? 4 : 2);
-  }
-}
-
-TEST_F(MatchFeatures, RefusesWhatDoesNotFit) {
-  struct Row {
-    const char* what;
-    bool thrown;
-    void (*change)(Input&);
-  };
-  for (const Row& row : {
-           Row{"no first frame", false, [](Input& in) { in.keyPoints1.clear(), in.descriptors1.release(); }},
-           Row{"rows without key points", false, [](Input& in) { in.keyPoints2.clear(); }},
-           Row{"fewer rows than key points", false, [](Input& in) { in.descriptors1 = in.descriptors1.row(0); }},
-           Row{"no rows", false, [](Input& in) { in.descriptors2.release(); }},
-           Row{"other width", false, [](Input& in) { in.descriptors1 = in.descriptors1.colRange(0, 127); }},
-           Row{"other width and type", false, [](Input& in) { in.descriptors2 = cv::Mat(2, 16, CV_32FC1); }},
-           Row{"no width", true, [](Input& in) { in.descriptors1 = in.descriptors2 = cv::Mat(2, 0, CV_8UC1); }},
-           Row{"signed", true, [](Input& in) { in.descriptors1 = cv::Mat(2, 128, CV_8SC1); }},
-           Row{"three channels", true, [](Input& in) { in.descriptors2 = cv::Mat(2, 128, CV_8UC3); }},
-       }) {
-    Input in = inputWithOnes({0, 500}, {0, 500});
-    row.change(in);
-    std::vector<FBMatch> matches(3);
-    std::vector<FBPrediction> predictions(7);
-    const auto match = [&] {
-      return matchFeatures(in.keyPoints1, in.descriptors1, in.keyPoints2, in.descriptors2, in.params, matches,
-                           predictions);
-    };
-    if (row.thrown)
-      EXPECT_THROW(match(), std::invalid_argument) << row.what;
-    else
-      EXPECT_FALSE(match()) << row.what;
-    EXPECT_TRUE(matches.size() == 3 && predictions.size() == 7) << row.what;
   }
 }
 

@@ -44,8 +44,7 @@ TEST(Hamming, ShiftIsTakenOfTheWholeSumAndTruncated) {
     unsigned short of64, of128, of256;
   };
   for (const Row& row : {Row{0, 64, 128, 256}, Row{2, 256, 512, 1024}, Row{3, 512, 1024, 2048}, Row{8, 16384, 32768, 0},
-                         Row{9, 32768, 0, 0}, Row{15, 0, 0, 0}, Row{16, 0, 0, 0}, Row{32, 0, 0, 0}, Row{63, 0, 0, 0},
-                         Row{64, 0, 0, 0}, Row{~0u, 0, 0, 0}}) {
+                         Row{9, 32768, 0, 0}, Row{15, 0, 0, 0}}) {
     EXPECT_EQ(computeHammingDistance64(zeros, ones, row.shift), row.of64) << row.shift;
     EXPECT_EQ(computeHammingDistance128(zeros128, ones128, row.shift), row.of128) << row.shift;
     EXPECT_EQ(computeHammingDistance(zeros, ones, 4, row.shift), row.of256) << row.shift;

@@ -13,6 +13,14 @@ inline cv::Mat noise(int rows, int cols, std::uint64_t seed) {
   return image;
 }
 
+/// A copy that is a view of a larger matrix, whose rows begin at odd addresses where elements are bytes.
+inline cv::Mat oddView(const cv::Mat& matrix) {
+  cv::Mat all(matrix.rows + 2, matrix.cols + 4, matrix.type(), cv::Scalar(3));
+  cv::Mat view = all(cv::Rect(1, 1, matrix.cols, matrix.rows));
+  matrix.copyTo(view);
+  return view;
+}
+
 /// The same bits in matrices of the same type and size, or two empty ones.
 inline bool same(const cv::Mat& a, const cv::Mat& b) {
   if (a.empty() || b.empty()) return a.empty() && b.empty();

@@ -16,4 +16,11 @@ inline Settings settingsOf(std::initializer_list<std::pair<const wchar_t*, int>>
   return settings;
 }
 
+/// Settings with one more key, of any type.
+template <class T>
+Settings with(const wchar_t* key, T value, Settings settings = Settings(new AttrContainer())) {
+  settings->set(key, value);
+  return settings;
+}
+
 }  // namespace MirelAlgorithms

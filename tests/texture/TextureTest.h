@@ -22,10 +22,4 @@ inline cv::Mat seenAside(const cv::Mat& image, float by) {
   return view;
 }
 
-/// Settings that also have a number that is not an integer.
-inline Settings with(const wchar_t* key, double value, Settings settings = Settings(new AttrContainer())) {
-  settings->set(key, value);
-  return settings;
-}
-
 }  // namespace MirelAlgorithms
