@@ -43,8 +43,8 @@ namespace MirelAlgorithms {
 ///
 /// Returns false and leaves both outputs alone when a frame is empty, when rows and key points differ in number, or
 /// when the widths differ. Throws std::invalid_argument, outputs untouched, for a width of 0 and for other matrix
-/// types. Circles and ratios are tested in single precision; a position or radius that is not a number excludes
-/// nothing.
+/// types. Circles and ratios are tested in single precision; a position, radius or quotient that is not a number
+/// excludes nothing.
 ///
 /// The loops over the first frame run on oneTBB; the result does not depend on the number of threads. Any number of
 /// calls at once. Time O(N1 * N2) for unlimited circles, less the smaller the circles; memory O(N1 + N2) per thread.

@@ -19,7 +19,7 @@ namespace MirelAlgorithms {
 /// The positions of one feature by time, continued by Lagrange polynomials of degree one or two.
 ///
 /// Time stamps are counts of any unit; speeds are pixels per that unit. The polynomials see time stamps as doubles:
-/// above 2^53 neighbouring ones become equal, and where two that a polynomial needs do, its result is not a number. The
+/// above 2^53 neighbouring ones become equal, and where two that a polynomial needs do, its result is not finite. The
 /// history has no limit: positions stay until they are erased.
 ///
 /// Any number of threads may call `update` and the queries on one object: readers share, a writer waits until they have
