@@ -19,13 +19,14 @@
     }                                                                              \
   } while (false)
 
-/// Calls an operation; whether it refused its arguments.
-template <class Operation>
+/// Calls an operation; whether it refused its arguments, with words.
+template <class Error = std::invalid_argument, class Operation>
 bool refused(const Operation& operation) {
   try {
     operation();
     return false;
-  } catch (const std::invalid_argument&) {
+  } catch (const Error& error) {
+    MIREL_CHECK(error.what()[0] != '\0');
     return true;
   }
 }
