@@ -50,12 +50,11 @@ fuzz::ExactMatrix anyFeatures(FuzzedDataProvider& data, const cv::Size& image) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
   FuzzedDataProvider data(bytes, size);
-  const fuzz::Settings settings = fuzz::anySettings(data, "retrieveDescriptors",
-                                                    {{L"FBMType", 0, 3},
-                                                     {L"FBMDescriptorType", 0, 5},
-                                                     {L"PatchSize", -1, 12},
-                                                     {L"DescLengthBytes", 16, 16},
-                                                     {L"FBMEnhancement", -1, 100000}});
+  const fuzz::Settings settings =
+      fuzz::anySettings(data, "retrieveDescriptors",
+                        {{L"PatchSize", -1, 12}, {L"DescLengthBytes", 16, 16}, {L"FBMEnhancement", -1, 100000}});
+  settings->set(L"FBMType", data.ConsumeIntegralInRange(0, 3));
+  settings->set(L"FBMDescriptorType", data.ConsumeIntegralInRange(0, 5));
   if (data.ConsumeBool()) settings->set(L"DescLengthBytes", 1 << data.ConsumeIntegralInRange(0, 7));
   const auto image = fuzz::anyImage(data, 96);
   const auto given = anyFeatures(data, image.mat.size());

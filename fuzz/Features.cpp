@@ -60,14 +60,13 @@ void keyPointForm(const cv::Mat& image, const fuzz::Settings& settings) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
   FuzzedDataProvider data(bytes, size);
   const fuzz::Settings settings = fuzz::anySettings(data, "retrieve",
-                                                    {{L"FBMType", 0, 3},
-                                                     {L"FBMFeatureType", 0, 5},
-                                                     {L"FBMDescriptorType", 0, 4},
-                                                     {L"FBMnCells", 1, 6},
+                                                    {{L"FBMnCells", 1, 6},
                                                      {L"FBMnFeatures", 0, 900},
                                                      {L"PatchSize", 0, 12},
                                                      {L"FBMSobelSize", 3, 5},
                                                      {L"FBMEnhancement", -1, 100000}});
+  settings->set(L"FBMType", data.ConsumeIntegralInRange(0, 3));
+  settings->set(L"FBMFeatureType", data.ConsumeIntegralInRange(0, 5));
   if (data.ConsumeBool()) settings->set(L"DescLengthBytes", 1 << data.ConsumeIntegralInRange(0, 7));
   const bool asMatrix = data.ConsumeIntegralInRange(0, 3) != 0, describe = data.ConsumeBool();
   const auto image = fuzz::anyImage(data, 84);

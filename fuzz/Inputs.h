@@ -105,7 +105,7 @@ inline Settings anySettings(FuzzedDataProvider& data, std::string_view readBy,
     const MirelAlgorithms::SettingValue& fallback = setting.fallback;
     if (setting.readBy.find(readBy) == std::string::npos || key.starts_with(L"FBMWrite") || key == L"txmDraw") continue;
     const int kind = data.ConsumeIntegralInRange(0, 7);
-    if (kind < 3) continue;  // the default
+    if (kind < 5) continue;  // the default
     const wchar_t* name = key.c_str();
     if (std::holds_alternative<bool>(fallback)) settings->set(name, data.ConsumeBool());
     if (std::holds_alternative<double>(fallback)) settings->set(name, anyReal<double>(data));

@@ -74,8 +74,8 @@ void corners(FuzzedDataProvider& data) {
 }
 
 void descriptors(FuzzedDataProvider& data) {
-  const auto settings =
-      fuzz::anySettings(data, "retrieveDescriptors", {{L"FBMType", 0, 1, false}, {L"DescLengthBytes", 16, 16, false}});
+  const auto settings = fuzz::anySettings(data, "retrieveDescriptors", {{L"DescLengthBytes", 16, 16, false}});
+  settings->set(L"FBMType", data.ConsumeIntegralInRange(0, 1));
   const auto image = fuzz::anyImage(data, 90);
   const auto keyPoints = anyKeyPoints(data, 80);
   cv::Mat features(80, 1, CV_32FC(5));
