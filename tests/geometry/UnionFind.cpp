@@ -2,12 +2,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <climits>
 #include <memory>
-#include <stdexcept>
 
 #include "RandomPose.h"
-#include "support/ThrownText.h"
 
 using MirelAlgorithms::UnionFind;
 using Lists = std::vector<std::vector<int>>;
@@ -84,29 +81,6 @@ TEST(UnionFind, numbersFollowTheSurvivingRoots) {
   EXPECT_EQ(sets.getPartitions(), (Lists{{0}, {2}, {1, 3}, {4}}));
 }
 
-TEST(UnionFind, refusesNumbersOutsideTheirRange) {
-  for (const int n : {0, -1, INT_MIN, 3}) {
-    UnionFind sets(n);
-    const int size = std::max(n, 0);
-    EXPECT_EQ(sets.getNumPartitions(), size);
-    EXPECT_EQ(sets.getPartitions().size(), static_cast<std::size_t>(size));
-    for (const int bad : {-1, size, INT_MAX, INT_MIN}) {
-      EXPECT_THROW(sets.findPartition(bad), std::invalid_argument);
-      EXPECT_THROW(sets.findPartitionIndex(bad), std::invalid_argument);
-      EXPECT_THROW(sets.getCardinality(bad), std::invalid_argument);
-      EXPECT_THROW(sets.getCardinalityIndex(bad), std::invalid_argument);
-      EXPECT_THROW(sets.getPartitionRepresentative(bad), std::invalid_argument);
-      EXPECT_THROW(sets.unionPartitions(bad, 0), std::invalid_argument);
-      EXPECT_THROW(sets.unionPartitions(0, bad), std::invalid_argument);
-    }
-    EXPECT_EQ(sets.getNumPartitions(), size);
-  }
-  UnionFind merged(3);
-  merged.unionPartitions(0, 1);
-  EXPECT_EQ(thrownText<std::invalid_argument>([&] { merged.getCardinalityIndex(2); }),
-            "getCardinalityIndex: k: 2 given, 0 to 1 expected");
-}
-
 TEST(UnionFind, copiesAreIndependent) {
   auto source = std::make_unique<UnionFind>(4);
   source->unionPartitions(0, 1);
@@ -119,9 +93,6 @@ TEST(UnionFind, copiesAreIndependent) {
   source.reset();
   EXPECT_EQ(assigned.getPartitions(), (Lists{{0, 1}, {2}, {3}}));
   EXPECT_EQ(copy.getPartitionRepresentative(2), 3) << "what was moved from stays usable";
-  UnionFind& itself = assigned;
-  assigned = itself;
-  EXPECT_EQ(assigned.getNumPartitions(), 3);
 }
 
 TEST(UnionFind, tenMillionElementsInAChain) {

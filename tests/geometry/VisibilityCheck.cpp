@@ -3,13 +3,11 @@
 #include <tbb/global_control.h>
 
 #include <limits>
-#include <stdexcept>
 #include <thread>
 
 #include "LiteralGrid.h"
 #include "RandomScan.h"
 #include "support/LogCapture.h"
-#include "support/ThrownText.h"
 
 using Algorithms::VisibilityCheck;
 using Eigen::Vector3d;
@@ -94,10 +92,6 @@ TEST(VisibilityCheck, leastSupport) {
     EXPECT_EQ(check.getGrid().cells().size(), voxels) << points << " points, last pose " << lastPose;
   }
   VisibilityCheck check(0.25);
-  Scan blind = oneVoxel(10, 31);
-  blind.sensors.clear();
-  update(check, blind);
-  EXPECT_TRUE(check.getGrid().cells().empty()) << "no sight lines";
   Scan everyPose = oneVoxel(20, -1);
   everyPose.poses[std::numeric_limits<int>::min()] = everyPose.poses[std::numeric_limits<int>::max()] =
       Eigen::Matrix4d::Identity();
@@ -136,61 +130,6 @@ TEST(VisibilityCheck, callersRandomNumbersGoOn) {
   ASSERT_FALSE(check.getGrid().cells().empty());
   EXPECT_EQ(std::rand(), second);
 #endif
-}
-
-TEST(VisibilityCheck, refusalsChangeNothing) {
-  constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-  const Scan good = randomScan(53, 4000);
-  const auto with = [&](auto change) {
-    Scan scan = randomScan(54, 500);
-    change(scan);
-    return scan;
-  };
-  const struct {
-    const char* text;
-    Scan scan;
-  } cases[] = {
-      {"invalid map<K, T> key", with([](Scan& s) { s.poses.erase(s.points.back().second); })},
-      {"invalid map<K, T> key", with([](Scan& s) { s.poses.clear(); })},
-      {"updateGrid: sensorPoints: 2 given, none, or at least 3 expected", with([](Scan& s) { s.sensors.resize(2); })},
-      {"updateGrid: sensorPoints: 1 given, none, or at least 3 expected",
-       with([](Scan& s) { s.sensors.resize(1, Vector3d::Zero()); })},
-      {"updateGrid: points in the world: a number that is not finite given, finite numbers expected",
-       with([](Scan& s) { s.points.back().first.y() = nan; })},
-      {"updateGrid: points in the world: a number that is not finite given, finite numbers expected",
-       with([](Scan& s) { s.poses[0].data()[7] = nan; })},
-      {"updateGrid: sensorPoints in the world: a number that is not finite given, finite numbers expected",
-       with([](Scan& s) { s.sensors[2].x() = nan; })},
-      {"updateGrid: points: one at 2^31 voxels or more from the origin given, nearer points or larger voxels expected",
-       with([](Scan& s) { s.points.back().first.x() = 1e12; })},
-  };
-  VisibilityCheck check(0.25), untouched(0.25);
-  update(check, good);
-  update(untouched, good);
-  for (const auto& refused : cases) {
-    const std::string text = refused.text;
-    const auto call = [&] { update(check, refused.scan); };
-    EXPECT_EQ(text[0] == 'i' ? thrownText<std::out_of_range>(call) : thrownText<std::invalid_argument>(call), text);
-    EXPECT_TRUE(sameCells(listed(check.getGrid().cells()), listed(untouched.getGrid().cells()))) << text;
-  }
-  EXPECT_EQ(allMaxima(check), allMaxima(untouched));
-  VisibilityCheck infinite(std::numeric_limits<double>::infinity());
-  EXPECT_THROW(update(infinite, good), std::invalid_argument);
-}
-
-TEST(VisibilityCheck, extremesEnd) {
-  for (const double voxelSize : {2.5e-9, 1e-8, 1e300, nan("")}) {
-    VisibilityCheck check(voxelSize);
-    Scan scan = randomScan(55, 2000);
-    scan.sensors[1] = {1e15, -1e15, 1e300};
-    scan.poses[1000] = Eigen::Matrix4d::Constant(nan(""));  // of no point
-    update(check, scan);
-    EXPECT_LE(allMaxima(check).size(), check.getGrid().cells().size() + 1);
-  }
-  VisibilityCheck check(0.25);
-  EXPECT_EQ(check.getCurrentMax(), Result());
-  check.updateGrid({}, {}, {});
-  EXPECT_EQ(check.getCurrentMax(), Result());
 }
 
 TEST(VisibilityCheck, copiesAndMoves) {

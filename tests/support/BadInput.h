@@ -94,6 +94,9 @@ class Bytes {
     }
   }
 
+  /// All of them, one after the other.
+  const std::string& text() const { return bytes_; }
+
   friend bool operator==(const Bytes&, const Bytes&) = default;
 
  private:
