@@ -69,6 +69,19 @@ TEST_F(FullDisk, aDiskThatFillsUpLosesNothing) {
   }
 }
 
+// The pictures beside the descriptors are larger, so these need a small disk of their own.
+TEST_F(FullDisk, descriptorsAreWholeOrNotThere) {
+  if (shell("unshare -rm mount -t tmpfs none data").status != 0) GTEST_SKIP() << "no file system can be mounted here";
+  for (const std::string name : {"new.yml", "new.json", "new.xml.gz"}) {
+    const ToolResult result =
+        shell("(unshare -rm sh -c 'cd data && mkdir -p disk && mount -t tmpfs -o size=4k none disk && \"" MIREL_TOOL
+              "\" features a.png --descriptors disk/" +
+              name + " --out out --quiet; echo $?; ls -A disk')");
+    EXPECT_EQ(result.output, "2\n");
+    EXPECT_EQ(result.errors, "mirel features: --descriptors disk/" + name + ": cannot be written\n");
+  }
+}
+
 TEST_F(FullDisk, placesThatCannotBeWrittenAreNamed) {
   std::filesystem::create_directories(path("data/blocked/report.html"));
   std::filesystem::create_symlink("/dev/full", path("data/full.obj"));
