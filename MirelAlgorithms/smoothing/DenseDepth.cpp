@@ -43,7 +43,7 @@ bool shareMemory(const cv::Mat& a, const cv::Mat& b) {
 
 bool smoothDenseZ16(const cv::Mat& in, cv::Mat& out, SmartPtr<AttrContainer> attrs) {
   const auto settings = readSettings<DenseSettings>(attrs);
-  if (in.empty() || in.type() != CV_16UC1) return false;
+  if (in.empty() || in.dims != 2 || in.type() != CV_16UC1) return false;
   if (settings.window < 1 || settings.window % 2 == 0) return false;
 
   constexpr int widestMedian = 5;

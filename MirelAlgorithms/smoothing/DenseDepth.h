@@ -18,7 +18,8 @@ namespace MirelAlgorithms {
 /// @param in     CV_16UC1; may be a view; not written unless it is `out`
 /// @param out    as large, CV_16UC1; may be `in`
 /// @param attrs  `smoothDenseMode` (0), `smoothDenseRadius` (5, an odd width); null: defaults
-/// @return       false, with `out` as it was, for an empty image, another type and a window below 1 or of even width
+/// @return       false, with `out` as it was, for an empty image, another type, more than two dimensions, and a window
+///               below 1 or of even width
 ///
 /// OpenCV's own error is passed on for medians wider than 5 pixels, which it refuses for 16 bits.
 /// `std::invalid_argument` where its sums for non-local means would overflow: windows wider than 181 pixels, or
