@@ -1,14 +1,11 @@
 #include <MirelAlgorithms/mesh/MeshSimplification.h>
 #include <gtest/gtest.h>
 #include <mesh/LiteralMesh.h>
-#include <support/ThrownText.h>
 
 #include <algorithm>
 #include <bit>
-#include <climits>
 #include <cstdint>
 #include <random>
-#include <stdexcept>
 
 namespace MirelAlgorithms {
 namespace {
@@ -211,75 +208,6 @@ TEST(MeshSimplification, targetAboveTheCountOnlyCompacts) {
   const Triangle& t = mesh.triangles[0];
   EXPECT_TRUE(t.v[0] == 0 && t.v[1] == 1 && t.v[2] == 2 && t.dirty == 1 && t.deleted == 0);
   EXPECT_TRUE(mesh.vertices[1].p.x == 1 && mesh.vertices[0].border == 1 && mesh.refs.empty());
-}
-
-TEST(MeshSimplification, vertexNumbersOutsideAreRefusedBeforeAnyChange) {
-  using Mesh = MeshSimplification;
-  struct Case {
-    const char* name;
-    void (*call)(Mesh&);
-    bool alsoOfDeleted;
-  };
-  const Case cases[] = {
-      {"simplify_mesh", [](Mesh& m) { m.simplify_mesh(99, 7, false); }, true},
-      {"simplify_mesh_lossless", [](Mesh& m) { m.simplify_mesh_lossless(false); }, true},
-      {"update_mesh", [](Mesh& m) { m.update_mesh(0); }, true},
-      {"update_mesh", [](Mesh& m) { m.update_mesh(-1); }, true},
-      {"update_mesh", [](Mesh& m) { m.update_mesh(1); }, false},
-      {"compact_mesh", [](Mesh& m) { m.compact_mesh(); }, false},
-  };
-  for (const Case& c : cases)
-    for (const int number : {-1, 4, INT_MAX, INT_MIN})
-      for (const int deleted : {0, 1}) {
-        Mesh mesh = tetrahedron();
-        mesh.vertices[0].tcount = mesh.triangles[1].deleted = 1;
-        mesh.triangles[3].v[2] = number;
-        mesh.triangles[3].deleted = deleted;
-        const auto before = bits(mesh);
-        const std::string text = thrownText<std::invalid_argument>([&] { c.call(mesh); });
-        const bool refused = !deleted || c.alsoOfDeleted;
-        EXPECT_EQ(text, refused ? std::string(c.name) + ": vertex number of a triangle: " + std::to_string(number) +
-                                      " given, 0 to 3 expected"
-                                : "nothing");
-        EXPECT_EQ(bits(mesh) == before, refused) << c.name;
-      }
-}
-
-TEST(MeshSimplification, stepsRefuseWhatLeadsOutside) {
-  using Mesh = MeshSimplification;
-  using Marks = std::vector<int>;
-  const std::pair<const char*, void (*)(Mesh&, Marks&)> faults[] = {
-      {"tstart", [](Mesh& m, Marks&) { m.vertices[0].tstart = -1; }},
-      {"tstart", [](Mesh& m, Marks&) { m.vertices[0].tstart = INT_MAX; }},
-      {"tstart", [](Mesh& m, Marks&) { m.vertices[0].tcount = INT_MAX; }},
-      {"elements of deleted", [](Mesh&, Marks& marks) { marks.pop_back(); }},
-      {"triangle of a reference", [](Mesh& m, Marks&) { m.refs[1].tid = 4; }},
-      {"corner of a reference", [](Mesh& m, Marks&) { m.refs[1].tvertex = 3; }},
-      {"vertex number", [](Mesh& m, Marks&) { m.triangles[0].v[1] = 4; }},
-  };
-  const auto refuses = [](const char* what, const auto& call) {
-    EXPECT_NE(thrownText<std::invalid_argument>(call).find(what), std::string::npos) << what;
-  };
-  Mesh whole = tetrahedron();
-  whole.update_mesh(0);
-  vec3f p;
-  int count = 0;
-  for (const auto& [what, spoil] : faults) {
-    Mesh mesh = whole;
-    Marks marks(3, 0);
-    spoil(mesh, marks);
-    Vertex& vertex = mesh.vertices[0];
-    refuses(what, [&] { mesh.flipped(p, 0, 1, vertex, vertex, marks); });
-    refuses(what, [&] { mesh.update_triangles(0, vertex, marks, count); });
-    refuses(what, [&] { mesh.update_uvs(0, vertex, p, marks); });
-  }
-  Marks marks(3, 0);
-  for (const int number : {-1, 4}) {
-    refuses("id_v1", [&] { whole.calculate_error(number, 0, p); });
-    refuses("id_v2", [&] { whole.calculate_error(0, number, p); });
-    refuses("i0", [&] { whole.update_triangles(number, whole.vertices[0], marks, count); });
-  }
-  refuses("attrs", [&] { whole.interpolate(p, p, p, p, nullptr); });
 }
 
 }  // namespace

@@ -5,14 +5,11 @@
 
 #include <algorithm>
 #include <opencv2/photo.hpp>
-#include <stdexcept>
 #include <vector>
 
 using namespace MirelAlgorithms;
 
 namespace {
-
-constexpr int widestInt = 2147483647;
 
 SmartPtr<AttrContainer> denseSettings(int mode, int window) {
   return settingsOf({{L"smoothDenseMode", mode}, {L"smoothDenseRadius", window}});
@@ -79,26 +76,6 @@ TEST(DenseDepth, AHoleGrowsToItsWindowByDefaultFive) {
     ASSERT_TRUE(smoothDenseZ16(image, out, {}));
     EXPECT_TRUE(same(out, wanted)) << hole;
   }
-}
-
-TEST(DenseDepth, WhatIsRefusedLeavesTheOutputAlone) {
-  const cv::Mat image = depthImage({30, 20}, false, 9, 5), before(2, 3, CV_8UC3, cv::Scalar(1, 2, 3));
-  cv::Mat out = before.clone();
-  const uchar* data = out.data;
-  for (const int type : {CV_8UC1, CV_16SC1, CV_16UC3, CV_32FC1})
-    EXPECT_FALSE(smoothDenseZ16(cv::Mat::ones(9, 9, type), out, {})) << type;
-  EXPECT_FALSE(smoothDenseZ16({}, out, {}));
-  for (const int mode : {0, 1})
-    for (const int width : {4, 0, -3, widestInt - 1, -widestInt})
-      EXPECT_FALSE(smoothDenseZ16(image, out, denseSettings(mode, width))) << width;
-  for (const int width : {7, 99, widestInt})
-    EXPECT_THROW(smoothDenseZ16(image, out, denseSettings(0, width)), cv::Exception) << width;
-  for (const int width : {183, widestInt})
-    EXPECT_THROW(smoothDenseZ16(image, out, denseSettings(1, width)), std::invalid_argument) << width;
-  const cv::Mat wide(1, 8000, CV_16UC1, cv::Scalar(1));
-  EXPECT_THROW(smoothDenseZ16(wide, out, denseSettings(1, 181)), std::invalid_argument);
-  EXPECT_EQ(out.data, data);
-  EXPECT_TRUE(same(out, before));
 }
 
 }  // namespace

@@ -67,7 +67,7 @@ class Bytes {
     if constexpr (std::is_invocable_v<T>) {
       add(value());
     } else {
-      static_assert(std::is_trivially_copyable_v<T>);
+      static_assert(std::is_standard_layout_v<T> && std::is_trivially_destructible_v<T>);
       bytes_.append(reinterpret_cast<const char*>(&value), sizeof value);
     }
   }
