@@ -134,14 +134,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
   const fuzz::Settings settings = fuzz::anySettings(  // small pyramids: large ones are allowed, but slow
       data, "texture",
       {{L"txmToGray", -1, 100000},
-       {L"txmCells", 1, 4},
+       {L"txmCells", 1, 3},
        {L"txmMaxKeys", -1, 100},
        {L"txmORBmaxFeatures", -3, 300},
        {L"txmORBnLevels", 0, 9, false},
        {L"txmORBedgeThreshold", -1, 40, false},
        {L"txmORBpatchSize", 1, 40, false},
        {L"txmORBWTA_K", 2, 4},
-       {L"txmORBfirstLevel", 0, 3, false}});
+       {L"txmORBfirstLevel", 0, 1, false}});
   const int kind = data.ConsumeIntegralInRange(0, 7);
   settings->set(L"txmORBscaleFactor",
                 kind < 4   ? static_cast<double>(1.2f)
