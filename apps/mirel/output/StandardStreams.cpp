@@ -3,6 +3,8 @@
 #ifndef _WIN32
 #include <fcntl.h>
 #include <unistd.h>
+
+#include <initializer_list>
 #endif
 
 namespace mirel {
