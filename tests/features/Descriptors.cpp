@@ -190,7 +190,9 @@ TEST(DescriptorFamilies, keepWhatIsJustInside) {
     EXPECT_TRUE(retrieveDescriptors(noise(120, 140, 13), features, descriptors,
                                     settingsOf({{L"FBMType", 2}, {L"FBMDescriptorType", family}})));
     EXPECT_EQ(features.rows, descriptors.rows);
-    if (family == 0) EXPECT_EQ(features.rows, 2);
+    if (family == 0) {
+      EXPECT_EQ(features.rows, 2);
+    }
   }
 }
 
