@@ -1,6 +1,7 @@
 #include "options/Replay.h"
 
 #include "Errors.h"
+#include "input/JsonDepth.h"
 
 #include <fmt/format.h>
 
@@ -49,10 +50,9 @@ nlohmann::json recordedOptions(const CLI::App& app) {
 nlohmann::json readRunRecord(const std::string& file) {
   std::ifstream stream(file, std::ios::binary);
   if (!stream) throw UsageError("--config " + file + ": cannot be read, the run.json of an earlier run expected");
-  nlohmann::json record = nlohmann::json::parse(stream, nullptr, false);
-  if (!isRunRecord(record)) {
-    throw UsageError("--config " + file + ": not a run record, the run.json of an earlier run expected");
-  }
+  const std::string refusal = "--config " + file + ": not a run record, the run.json of an earlier run expected";
+  nlohmann::json record = nlohmann::json::parse(stream, refuseDeepNesting(refusal), false);
+  if (!isRunRecord(record)) throw UsageError(refusal);
   return record;
 }
 

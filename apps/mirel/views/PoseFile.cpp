@@ -2,6 +2,7 @@
 
 #include "Errors.h"
 #include "inertial/Rotation.h"
+#include "input/JsonDepth.h"
 
 #include <fmt/format.h>
 
@@ -32,7 +33,7 @@ std::string reason(const json::exception& error) {
 
 json parse(const std::string& file, const std::string& text) {
   try {
-    return json::parse(text);
+    return json::parse(text, refuseDeepNesting(file + ": no file of poses: nested too deeply"));
   } catch (const json::parse_error& error) {
     const auto end = text.begin() + static_cast<std::ptrdiff_t>(std::min(error.byte, text.size()));
     const auto line = 1 + std::count(text.begin(), end, '\n');
