@@ -236,6 +236,7 @@ TEST(Frustum, intersectOfTwoViews) {
       {"scaled to a quarter", at(scaled(pose, 0.25)), false},
       {"mirrored", at(scaled(pose, -1.0)), false},
       {"a far away one", at(movedBy(1e12, 0, 0)), false},
+      {"the smaller near distance decides: 0 has no sides", {pose, 0.0, 3.0, 1.0, 1}, false},
   };
   for (const auto& [name, g, meet] : cases) {
     EXPECT_EQ(Frustum::intersect(f, g), meet) << name;
