@@ -1,6 +1,7 @@
 /// Smoothing of small depth images with any mode and window: the median equals its definition, no depth next to holes,
 /// the same in place, and what is refused leaves the output alone.
 #include <MirelAlgorithms/smoothing/DenseDepth.h>
+#include <smoothing/DepthWindow.h>
 #include <support/Matrices.h>
 
 #include "Inputs.h"
@@ -9,16 +10,7 @@ namespace {
 
 using MirelAlgorithms::same;
 using MirelAlgorithms::smoothDenseZ16;
-
-// Outside the image, the nearest pixel; that one lies in the window too.
-std::vector<ushort> window(const cv::Mat& image, int x, int y, int width) {
-  std::vector<ushort> pixels;
-  for (int v = y - width / 2; v <= y + width / 2; ++v)
-    for (int u = x - width / 2; u <= x + width / 2; ++u)
-      pixels.push_back(image.at<ushort>(std::clamp(v, 0, image.rows - 1), std::clamp(u, 0, image.cols - 1)));
-  std::sort(pixels.begin(), pixels.end());
-  return pixels;
-}
+using MirelAlgorithms::window;
 
 void check(const cv::Mat& in, const cv::Mat& out, bool isMedian, int width) {
   MIREL_CHECK(out.size() == in.size() && out.type() == CV_16UC1);

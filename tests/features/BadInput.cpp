@@ -1,11 +1,9 @@
 #include <MirelAlgorithms/features/Descriptors.h>
 #include <MirelAlgorithms/features/FeatureExtraction.h>
 #include <MirelAlgorithms/features/FixedPointCorners.h>
-#include <MirelAlgorithms/features/MirelScalingORB.h>
+#include <features/BadImages.h>
 #include <features/CornerScenes.h>
 #include <features/FeatureTest.h>
-#include <support/BadInput.h>
-#include <support/Matrices.h>
 
 #include <climits>
 #include <limits>
@@ -15,35 +13,6 @@ namespace {
 
 constexpr float infinity = std::numeric_limits<float>::infinity();
 constexpr float nan = std::numeric_limits<float>::quiet_NaN();
-
-/// An image that is not 8-bit grey, and how refusals call it.
-struct BadImage {
-  const char* defect;
-  cv::Mat image;
-  const char* found;
-};
-
-std::vector<BadImage> badImages() {
-  static const int cube[] = {4, 4, 4};
-  const auto zeros = [](int type) { return cv::Mat(40, 50, type, cv::Scalar::all(0)); };
-  return {{"no image", {}, "empty"},
-          {"image without rows", cv::Mat(0, 50, CV_8UC1), "empty"},
-          {"colour image", zeros(CV_8UC3), "CV_8UC3"},
-          {"image with alpha", zeros(CV_8UC4), "CV_8UC4"},
-          {"signed image", zeros(CV_8SC1), "CV_8SC1"},
-          {"16-bit image", zeros(CV_16UC1), "CV_16UC1"},
-          {"floating-point image", zeros(CV_32FC1), "CV_32FC1"},
-          {"volume", cv::Mat(3, cube, CV_8UC1, cv::Scalar(0)), "CV_8UC1"}};
-}
-
-template <class Call>
-void expectImagesRefused(BadInput& pairs, const std::string& function, const Call& call,
-                         const char* argument = "image") {
-  for (const BadImage& bad : badImages())
-    pairs.expect(
-        bad.defect, refused + function + ": " + argument + ": " + bad.found + " given, 8-bit grey image expected",
-        [&] { return call(bad.image); }, bad.image);
-}
 
 std::string rowsOf(const cv::Mat& matrix) { return std::to_string(matrix.rows) + " rows"; }
 
@@ -374,62 +343,6 @@ TEST(BadInput, retrieveDescriptors) {
                    f.keptUnlessBrisk && number != 3 ? "1 rows, 1 rows" : "0 rows, 0 rows",
                    [&, number = number] { return described(image, featureMatrix({f.values}), family(number)); });
     }
-}
-
-TEST(BadInput, MirelScalingORB) {
-  const cv::Mat image = noise(40, 40, 8), view = oddView(image);
-  const cv::KeyPoint good(20, 20, 1, 0);
-  BadInput pairs("MirelScalingORB");
-  pairs.keep(image, view);
-  for (const BadImage& bad : badImages())
-    if (!bad.image.empty())
-      pairs.expect(
-          bad.defect, refused + "MirelScalingORB: image: " + bad.found + " given, 8-bit grey image expected",
-          [&] { MirelScalingORB orb(bad.image); }, bad.image);
-  pairs.expect("key points of no image",
-               refused + "MirelScalingORB::getDescriptors: image: empty given, 8-bit grey image expected",
-               [&] { return MirelScalingORB(cv::Mat()).getDescriptors({good}).rows; });
-  pairs.expect("no key points of no image", "0", [&] { return MirelScalingORB(cv::Mat()).getDescriptors({}).rows; });
-  pairs.expect("view with odd row starts", "true", [&] {
-    return same(MirelScalingORB(view).getDescriptors({good}), MirelScalingORB(image).getDescriptors({good}));
-  });
-  for (const auto& [name, value] : {std::pair("nan", nan), {"inf", infinity}, {"-inf", -infinity}})
-    for (const auto& [place, bad] : {std::pair("x", cv::KeyPoint(value, 1, 1, 0)),
-                                     {"y", cv::KeyPoint(1, value, 1, 0)},
-                                     {"size", cv::KeyPoint(1, 1, value, 0)},
-                                     {"angle", cv::KeyPoint(1, 1, 1, value)}}) {
-      const std::vector<cv::KeyPoint> keyPoints{good, bad};
-      pairs.expect(
-          std::string(place) + " is " + name,
-          refused + "MirelScalingORB::getDescriptors: keyPoints: " + name +
-              " in key point 1 given, finite position, size and angle expected",
-          [&] { return MirelScalingORB(image).getDescriptors(keyPoints).rows; }, keyPoints);
-    }
-}
-
-TEST(BadInput, getNormalizedPatchDescriptor) {
-  const cv::Mat image = noise(40, 40, 8), patch = image(cv::Rect(0, 0, 31, 31));
-  unsigned char bytes[33] = {};
-  BadInput pairs("MirelScalingORB::getNormalizedPatchDescriptor");
-  pairs.keep(image, bytes);
-  const std::string function = "MirelScalingORB::getNormalizedPatchDescriptor";
-  const auto describe = [](const cv::Mat& from, unsigned char* to, int count) {
-    MirelScalingORB::getNormalizedPatchDescriptor(from, to, count);
-  };
-  expectImagesRefused(
-      pairs, function, [&](const cv::Mat& bad) { describe(bad, bytes, 32); }, "patch");
-  for (const auto& [found, size] : {std::pair("30 x 40", cv::Size(30, 40)), {"40 x 30", cv::Size(40, 30)}})
-    pairs.expect(found, refused + function + ": patch: " + found + " pixels given, at least 31 x 31 expected",
-                 [&, size = size] {
-                   describe(image(cv::Rect({0, 0}, size)), bytes, 32);
-                 });
-  pairs.expect("null", refused + function + ": descriptor: null given, room for the bytes expected",
-               [&] { describe(patch, nullptr, 32); });
-  for (const int count : {-1, 33, INT_MAX, INT_MIN})
-    pairs.expect(std::to_string(count) + " bytes",
-                 refused + function + ": nBytes: " + std::to_string(count) + " given, 0 to 32 expected",
-                 [&] { describe(patch, bytes, count); });
-  pairs.expect("no bytes", "done", [&] { describe(patch, bytes, 0); });
 }
 
 }  // namespace

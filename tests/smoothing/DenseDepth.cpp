@@ -1,5 +1,6 @@
 #include <MirelAlgorithms/smoothing/DenseDepth.h>
 #include <gtest/gtest.h>
+#include <smoothing/DepthWindow.h>
 #include <support/Matrices.h>
 #include <support/SettingsOf.h>
 
@@ -26,16 +27,6 @@ cv::Mat depthImage(cv::Size size, bool harsh, int holes, std::uint64_t seed) {
       all.at<ushort>(y, x) = static_cast<ushort>(hole ? 0 : harsh ? extreme : slope);
     }
   return all(cv::Rect({2, 1}, size));
-}
-
-// The pixels of the window around a pixel; outside, the nearest pixel of the image.
-std::vector<ushort> window(const cv::Mat& image, int x, int y, int width) {
-  std::vector<ushort> pixels;
-  for (int v = y - width / 2; v <= y + width / 2; ++v)
-    for (int u = x - width / 2; u <= x + width / 2; ++u)
-      pixels.push_back(image.at<ushort>(std::clamp(v, 0, image.rows - 1), std::clamp(u, 0, image.cols - 1)));
-  std::sort(pixels.begin(), pixels.end());
-  return pixels;
 }
 
 cv::Mat literal(const cv::Mat& in, int mode, int width) {
