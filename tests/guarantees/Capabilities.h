@@ -78,6 +78,8 @@ struct Capability {
 };
 std::ostream& operator<<(std::ostream& stream, const Capability& capability);
 
-const std::vector<Capability>& capabilities();
+const std::vector<Capability>& capabilities();  ///< of all subsystems
+std::vector<Capability> frameCapabilities(), featuresCapabilities(), matchingCapabilities(), filtersCapabilities(),
+    geometryCapabilities(), smoothingCapabilities(), textureCapabilities(), meshCapabilities();
 
 }  // namespace MirelAlgorithms
