@@ -23,28 +23,33 @@ using Filters = testing::Types<Butterworth, ButterworthBandpass>;
 TYPED_TEST_SUITE(BadSamples, Filters);
 
 TYPED_TEST(BadSamples, process) {
-  const bool band = std::is_same_v<TypeParam, ButterworthBandpass>;
   std::vector<TypeParam> filters(3), none;
   Floats twelve(12, 1.0f), eleven(11, 7.0f), empty;
-  BadInput pairs(band ? "ButterworthBandpass" : "Butterworth");
+  BadInput pairs(std::is_same_v<TypeParam, Butterworth> ? "Butterworth" : "ButterworthBandpass");
   const auto updates = [&] { return filters[0].updates() + filters[1].updates() + filters[2].updates(); };
   pairs.keep(updates, twelve, eleven);
-  const std::string values = refused + "process: values: ", samples = refused + "process: samples: ";
-  const auto one = [&](const Floats& from, Floats& to) { filters[0].process(from, to); };
-  const auto all = [](std::vector<TypeParam>& each, const Floats& from, Floats& to) {
-    TypeParam::process(each, from, to);
+  struct Row {
+    const char* defect;
+    std::vector<TypeParam>* channels;  ///< null: one filter alone
+    Floats *samples, *values;
+    std::string outcome;
   };
-  pairs.expect("one value too few", values + "11 elements given, 12 expected", [&] { one(twelve, eleven); });
-  pairs.expect("one value too many", values + "12 elements given, 11 expected", [&] { one(eleven, twelve); });
-  pairs.expect("no room", values + "0 elements given, 12 expected", [&] { one(twelve, empty); });
-  pairs.expect("too few values of channels", values + "11 elements given, 12 expected",
-               [&] { all(filters, twelve, eleven); });
-  pairs.expect("half a moment", samples + "11 elements given, a multiple of the 3 channels expected",
-               [&] { all(filters, eleven, eleven); });
-  pairs.expect("samples of no channels", samples + "11 elements given, a multiple of the 0 channels expected",
-               [&] { all(none, eleven, eleven); });
-  pairs.expect("no samples of no channels", "done", [&] { all(none, empty, empty); });
-  pairs.expect("no samples", "done", [&] { all(filters, empty, empty); });
+  const std::string values = refused + "process: values: ", samples = refused + "process: samples: 11 elements given, ";
+  for (const Row& row : {
+           Row{"one value too few", nullptr, &twelve, &eleven, values + "11 elements given, 12 expected"},
+           Row{"one value too many", nullptr, &eleven, &twelve, values + "12 elements given, 11 expected"},
+           Row{"too few values of channels", &filters, &twelve, &eleven, values + "11 elements given, 12 expected"},
+           Row{"half a moment", &filters, &eleven, &eleven, samples + "a multiple of the 3 channels expected"},
+           Row{"samples of no channels", &none, &eleven, &eleven, samples + "a multiple of the 0 channels expected"},
+           Row{"no samples of no channels", &none, &empty, &empty, "done"},
+           Row{"no samples", &filters, &empty, &empty, "done"},
+       })
+    pairs.expect(row.defect, row.outcome, [&] {
+      if (row.channels)
+        TypeParam::process(*row.channels, *row.samples, *row.values);
+      else
+        filters[0].process(*row.samples, *row.values);
+    });
 
   // A bad sample stays until `reset`, and no longer.
   const Floats good = Stream<float>(44, false).series(700);
@@ -57,62 +62,37 @@ TYPED_TEST(BadSamples, process) {
       filter.process(Floats(600, 1.0f), std::span(found).first(600));
       filter.update(bad);
       filter.process(good, found);
-      if (!std::all_of(found.begin(), found.end(), [](float v) { return std::isnan(v); })) return "heals by itself";
+      const bool spoilt = std::all_of(found.begin(), found.end(), [](float v) { return std::isnan(v); });
       filter.reset();
       filter.process(good, found);
-      return found == expected && filter.updates() == 700 ? "spoils all, reset heals" : "stays spoilt";
+      const bool healed = found == expected && filter.updates() == 700;
+      return std::string(spoilt ? "spoils all" : "heals by itself") + (healed ? ", reset heals" : "");
     });
 }
 
 TEST(BadInput, Butterworth) {
   BadInput pairs("Butterworth::Butterworth");
-  for (const int type : {7, 2, -1, INT_MAX})
+  for (const int type : {2, -1, INT_MAX})
     pairs.expect("pass type " + std::to_string(type), "silent", [&] {
       Floats values(600, 1.0f);
       Butterworth(5.0f, 100, static_cast<Butterworth::PassType>(type), 1.14f).process(Floats(600, 3.0f), values);
       return values == Floats(600, 0.0f) ? "silent" : "not silent";
     });
-  // Bad designs are taken as they are; the first 500 outputs are withheld all the same.
-  struct Design {
-    const char* defect;
-    float frequency;
-    int rate;
-    float resonance;
-    const char* highpass;
-  };
-  for (const Design& d :
-       {Design{"rate 0", 5, 0, 1.14f, "no number"}, Design{"frequency 0", 0, 100, 1.14f, "finite"},
-        Design{"frequency nan", NAN, 100, 1.14f, "no number"},
-        Design{"frequency inf", INFINITY, 100, 1.14f, "no number"}, Design{"resonance nan", 5, 100, NAN, "no number"},
-        Design{"resonance inf", 5, 100, INFINITY, "no number"}})
-    pairs.expect(d.defect, d.highpass, [&] {
-      Floats values(501, 1.0f);
-      Butterworth(d.frequency, d.rate, Butterworth::Highpass, d.resonance).process(Floats(501, 3.0f), values);
-      if (std::any_of(values.begin(), values.end() - 1, [](float v) { return v != 0.0f; })) return "not withheld";
-      return std::isnan(values.back()) ? "no number" : std::isfinite(values.back()) ? "finite" : "infinite";
-    });
 }
 
 TEST(BadInput, AccelIntegrator) {
   BadInput pairs("AccelIntegrator::update");
-  const cv::Vec3f one(1, 1, 1);
   for (const auto& [name, bad] : notFinite)
     for (const bool asTime : {false, true})
-      pairs.expect(std::string(name) + (asTime ? " as time step" : " in x"),
-                   asTime ? "no axis is finite, reset heals" : "y and z are finite, reset heals", [&, bad = bad] {
+      pairs.expect(std::string(name) + (asTime ? " as time step" : " in x"), asTime ? "0 finite axes" : "2 finite axes",
+                   [&, bad = bad] {
                      AccelIntegrator integrator(bad);
-                     integrator.update(asTime ? one : cv::Vec3f(bad, 1, 1), asTime ? bad : 0.5f);
-                     integrator.update(one, 0.5f);
+                     integrator.update({asTime ? 1 : bad, 1, 1}, asTime ? bad : 0.5f);
+                     integrator.update({1, 1, 1}, 0.5f);
                      int finite = 0;
                      for (int i = 0; i < 3; ++i)
                        finite += std::isfinite(integrator.speed()[i]) && std::isfinite(integrator.position()[i]);
-                     integrator.reset();
-                     integrator.update(one, 0.5f);
-                     const bool healed = integrator.speed() == one * 0.5f && integrator.position() == one * 0.25f;
-                     return std::string(finite == 0   ? "no axis is finite"
-                                        : finite == 2 ? "y and z are finite"
-                                                      : "others") +
-                            (healed ? ", reset heals" : "");
+                     return std::to_string(finite) + " finite axes";
                    });
 }
 
@@ -124,52 +104,40 @@ TEST(BadInput, MayhonyAHRS) {
     float dt;
     bool stays;
   };
-  const Vec3 still, moving(1, 0, 0), up(0, 0, 1);
-  const float nan = NAN, inf = INFINITY;
+  const Vec3 still, moving(1, 0, 0), up(0, 0, 1), noNumbers(NAN, NAN, NAN), endless(INFINITY, 0, 0);
   BadInput pairs("MayhonyAHRS::update");
   for (const Row& row : {
-           Row{"rate nan", {nan, 0, 0}, up, moving, 0.01f, false},
-           Row{"rate inf", {inf, 0, 0}, up, moving, 0.01f, false},
-           Row{"time nan", moving, up, moving, nan, false},
-           Row{"time inf", moving, up, moving, inf, false},
-           Row{"acceleration nan", still, {nan, 0, 0}, moving, 0.01f, true},
-           Row{"acceleration inf", still, {inf, 0, 0}, moving, 0.01f, true},
-           Row{"motion nan is movement", {nan, 0, 0}, up, {nan, 0, 0}, 0.01f, false},
-           Row{"all nan, standing still", {nan, nan, nan}, {nan, nan, nan}, still, nan, true},
-           Row{"no acceleration", still, still, moving, 0.01f, true},
+           Row{"rate inf", endless, up, moving, 0.01f, false},
+           Row{"time nan", moving, up, moving, NAN, false},
+           Row{"acceleration nan", still, noNumbers, moving, 0.01f, true},
+           Row{"acceleration inf", still, endless, moving, 0.01f, true},
+           Row{"motion nan is movement", noNumbers, up, noNumbers, 0.01f, false},
+           Row{"all nan, standing still", noNumbers, noNumbers, still, NAN, true},
            Row{"denormal acceleration", still, {1e-44f, 0, 0}, moving, 0.0f, true},
-           Row{"time 0", moving, up, moving, 0.0f, true},
        })
     pairs.expect(row.defect, row.stays ? "a unit quaternion, reset heals" : "no number, reset heals", [&] {
       MayhonyAHRS filter, fresh;
       filter.update(row.gyro, row.accel, row.motion, row.dt);
-      const cv::Vec4f q = filter.value();
-      const bool unit = std::abs(cv::norm(q) - 1.0) < 1e-6;
+      const double length = cv::norm(filter.value());
+      const char* found = std::abs(length - 1.0) < 1e-6 ? "a unit quaternion" : std::isnan(length) ? "no number" : "";
       filter.reset();
       for (MayhonyAHRS* each : {&filter, &fresh}) each->update(moving, up, moving, 0.01f);
-      return std::string(unit                      ? "a unit quaternion"
-                         : std::isnan(cv::norm(q)) ? "no number"
-                                                   : "others") +
-             (filter.value() == fresh.value() ? ", reset heals" : "");
+      return std::string(found) + (filter.value() == fresh.value() ? ", reset heals" : "");
     });
 }
 
 TEST(BadInput, sgCubicSmoother) {
   BadInput pairs("sgCubicSmoother");
-  for (const int window : {4, 6, 27, 3, 1, 0, -5, 24, INT_MAX, INT_MIN}) {
-    Series in(100, 1.0), out{1.0, 2.0, 3.0};
-    pairs.expect(
-        "window " + std::to_string(window), "false", [&] { return sgCubicSmoother(in, out, window); }, in, out);
-  }
-  for (int window = 5; window <= 25; window += 2)
-    for (const std::size_t samples : {std::size_t{0}, std::size_t{1}, static_cast<std::size_t>(window) / 2 + 1}) {
-      Series in(samples, 1.0), out{1.0, 2.0, 3.0};
-      const std::string name = std::to_string(samples) + " samples, window " + std::to_string(window);
+  std::vector<std::pair<int, std::size_t>> cases;  // window and samples
+  for (const int window : {4, 6, 27, 3, 0, -5, INT_MAX, INT_MIN}) cases.emplace_back(window, 100);
+  for (const int window : {5, 7, 23, 25})
+    for (const int samples : {0, 1, window / 2 + 1}) cases.emplace_back(window, samples);
+  for (const auto& [window, samples] : cases)
+    for (const bool inPlace : {false, true}) {
+      Series in(samples, 1.0), other{1.0, 2.0, 3.0}, &out = inPlace ? in : other;
       pairs.expect(
-          name, "false", [&] { return sgCubicSmoother(in, out, window); }, in, out);
-      if (samples > 1)
-        pairs.expect(
-            name + ", in place", "false", [&] { return sgCubicSmoother(in, in, window); }, in);
+          std::to_string(samples) + " samples, window " + std::to_string(window) + (inPlace ? ", in place" : ""),
+          "false", [&, window = window] { return sgCubicSmoother(in, out, window); }, in, out);
     }
   for (const auto& [name, bad] : notFinite) {
     Series in(50, 1.0);
@@ -185,12 +153,6 @@ TEST(BadInput, sgCubicSmoother) {
         },
         in);
   }
-  pairs.expect("input is the output", "true", [] {
-    Series in = Stream<double>(3, false).series(60), out;
-    sgCubicSmoother(in, out, 7);
-    sgCubicSmoother(in, in, 7);
-    return in == out;
-  });
 }
 
 }  // namespace

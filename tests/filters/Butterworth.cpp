@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <numbers>
 
 #include "SameBits.h"
 
@@ -49,7 +48,7 @@ struct Design {
 constexpr Design designs[] = {{0.5f, 100, 1.14f},    {5.0f, 100, 1.4142f}, {49.0f, 100, 1.14f}, {1e-3f, 44100, 0.1f},
                               {7.0f, 31, 3.0f},      {50.0f, 100, 1.0f},   {70.0f, 100, 1.0f},  {-3.0f, 100, 1.14f},
                               {0.0f, 100, 1.14f},    {5.0f, 0, 1.14f},     {5.0f, -100, 1.14f}, {5.0f, 100, -4.0f},
-                              {INFINITY, 100, 1.0f}, {5.0f, 100, NAN}};
+                              {INFINITY, 100, 1.0f}, {5.0f, 100, NAN},     {NAN, 100, 1.0f},    {5.0f, 100, INFINITY}};
 
 TEST(Butterworth, EqualsTheLiteralSteps) {
   for (const Design& design : designs)
@@ -83,52 +82,6 @@ TEST(Butterworth, BandpassFeedsTheLowpassWhatTheHighpassLetsOut) {
       ASSERT_EQ(filter.updates(), n);
     }
   }
-}
-
-// Amplitude of a settled filter's output for a sine of this frequency, 1000 samples per second.
-template <class Filter>
-float gain(Filter filter, double frequency) {
-  double power = 0.0;
-  for (int n = 0; n < 6000; ++n) {
-    filter.update(static_cast<float>(std::sin(2.0 * std::numbers::pi * frequency * n / 1000.0)));
-    if (n >= 1000) power += filter.value() * filter.value();
-  }
-  return static_cast<float>(std::sqrt(2.0 * power / 5000.0));
-}
-
-TEST(Butterworth, GainsAreThoseOfASecondOrderButterworth) {
-  constexpr float root = std::numbers::sqrt2_v<float>;
-  const Butterworth low(40.0f, 1000, Butterworth::Lowpass, root), high(40.0f, 1000, Butterworth::Highpass, root);
-  const ButterworthBandpass band(5.0f, 100.0f, 1000, root);
-  struct Row {
-    const char* what;
-    float found, expected;
-  };
-  for (const Row& row : {Row{"low at its cut-off", gain(low, 40.0), 1.0f / root},
-                         Row{"high at its cut-off", gain(high, 40.0), 1.0f / root},
-                         Row{"low far below", gain(low, 2.0), 1.0f}, Row{"high far above", gain(high, 400.0), 1.0f},
-                         Row{"low far above", gain(low, 450.0), 0.0f}, Row{"high far below", gain(high, 1.0), 0.0f},
-                         Row{"band inside", gain(band, 22.0), 1.0f}, Row{"band below", gain(band, 0.2), 0.0f}})
-    EXPECT_NEAR(row.found, row.expected, 0.01f) << row.what;
-}
-
-template <class Filter>
-void expectForgotten(const Filter& fresh) {
-  const Floats samples = Stream<float>(44, false).series(700);
-  Floats expected(700), values(700);
-  Filter(fresh).process(samples, expected);
-  Filter filter = fresh;
-  filter.process(Floats(700, 1.0f), values);
-  filter.reset();
-  EXPECT_EQ(filter.updates(), 0u);
-  EXPECT_EQ(filter.value(), 0.0f);
-  filter.process(samples, values);
-  EXPECT_EQ(values, expected);
-}
-
-TEST(Butterworth, ResetForgetsSamplesAndKeepsTheDesign) {
-  expectForgotten(Butterworth(3.0f, 100, Butterworth::Lowpass, 1.3f));
-  expectForgotten(ButterworthBandpass(2.0f, 30.0f, 100, 1.3f));
 }
 
 template <class Filter>
