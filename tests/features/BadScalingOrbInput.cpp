@@ -2,13 +2,10 @@
 #include <features/BadImages.h>
 
 #include <climits>
-#include <limits>
+#include <cmath>
 
 namespace MirelAlgorithms {
 namespace {
-
-constexpr float infinity = std::numeric_limits<float>::infinity();
-constexpr float nan = std::numeric_limits<float>::quiet_NaN();
 
 TEST(BadInput, MirelScalingORB) {
   const cv::Mat image = noise(40, 40, 8), view = oddView(image);
@@ -20,50 +17,45 @@ TEST(BadInput, MirelScalingORB) {
       pairs.expect(
           bad.defect, refused + "MirelScalingORB: image: " + bad.found + " given, 8-bit grey image expected",
           [&] { MirelScalingORB orb(bad.image); }, bad.image);
-  pairs.expect("key points of no image",
-               refused + "MirelScalingORB::getDescriptors: image: empty given, 8-bit grey image expected",
-               [&] { return MirelScalingORB(cv::Mat()).getDescriptors({good}).rows; });
-  pairs.expect("no key points of no image", "0", [&] { return MirelScalingORB(cv::Mat()).getDescriptors({}).rows; });
+  const std::string refusal = refused + "MirelScalingORB::getDescriptors: ";
+  pairs.expect("key points of no image", refusal + "image: empty given, 8-bit grey image expected",
+               [&] { MirelScalingORB(cv::Mat()).getDescriptors({good}); });
+  pairs.expect("no key points of no image", "[32 x 0]",
+               [] { return MirelScalingORB(cv::Mat()).getDescriptors({}).size(); });
   pairs.expect("view with odd row starts", "true", [&] {
     return same(MirelScalingORB(view).getDescriptors({good}), MirelScalingORB(image).getDescriptors({good}));
   });
-  for (const auto& [name, value] : {std::pair("nan", nan), {"inf", infinity}, {"-inf", -infinity}})
-    for (const auto& [place, bad] : {std::pair("x", cv::KeyPoint(value, 1, 1, 0)),
-                                     {"y", cv::KeyPoint(1, value, 1, 0)},
-                                     {"size", cv::KeyPoint(1, 1, value, 0)},
-                                     {"angle", cv::KeyPoint(1, 1, 1, value)}}) {
-      const std::vector<cv::KeyPoint> keyPoints{good, bad};
-      pairs.expect(
-          std::string(place) + " is " + name,
-          refused + "MirelScalingORB::getDescriptors: keyPoints: " + name +
-              " in key point 1 given, finite position, size and angle expected",
-          [&] { return MirelScalingORB(image).getDescriptors(keyPoints).rows; }, keyPoints);
+  for (const auto& [found, value] : {std::pair("nan", NAN), {"-inf", -INFINITY}})
+    for (const cv::KeyPoint& bad : {cv::KeyPoint(value, 1, 1, 0), cv::KeyPoint(1, value, 1, 0),
+                                    cv::KeyPoint(1, 1, value, 0), cv::KeyPoint(1, 1, 1, value)}) {
+      std::ostringstream defect;
+      defect << bad.pt << bad.size << ' ' << bad.angle;
+      pairs.expect(defect.str(),
+                   refusal + "keyPoints: " + found + " in key point 1 given, finite position, size and angle expected",
+                   [&] {
+                     MirelScalingORB(image).getDescriptors({good, bad});
+                   });
     }
 }
 
 TEST(BadInput, getNormalizedPatchDescriptor) {
-  const cv::Mat image = noise(40, 40, 8), patch = image(cv::Rect(0, 0, 31, 31));
+  const cv::Mat image = noise(40, 40, 8);
   unsigned char bytes[33] = {};
-  BadInput pairs("MirelScalingORB::getNormalizedPatchDescriptor");
-  pairs.keep(image, bytes);
   const std::string function = "MirelScalingORB::getNormalizedPatchDescriptor";
-  const auto describe = [](const cv::Mat& from, unsigned char* to, int count) {
-    MirelScalingORB::getNormalizedPatchDescriptor(from, to, count);
-  };
-  expectImagesRefused(
-      pairs, function, [&](const cv::Mat& bad) { describe(bad, bytes, 32); }, "patch");
+  BadInput pairs(function.c_str());
+  pairs.keep(image, bytes);
+  const auto describe = [&](const cv::Mat& from) { MirelScalingORB::getNormalizedPatchDescriptor(from, bytes, 32); };
+  expectImagesRefused(pairs, function, describe, "patch");
   for (const auto& [found, size] : {std::pair("30 x 40", cv::Size(30, 40)), {"40 x 30", cv::Size(40, 30)}})
     pairs.expect(found, refused + function + ": patch: " + found + " pixels given, at least 31 x 31 expected",
                  [&, size = size] {
-                   describe(image(cv::Rect({0, 0}, size)), bytes, 32);
+                   describe(image(cv::Rect({0, 0}, size)));
                  });
   pairs.expect("null", refused + function + ": descriptor: null given, room for the bytes expected",
-               [&] { describe(patch, nullptr, 32); });
-  for (const int count : {-1, 33, INT_MAX, INT_MIN})
-    pairs.expect(std::to_string(count) + " bytes",
-                 refused + function + ": nBytes: " + std::to_string(count) + " given, 0 to 32 expected",
-                 [&] { describe(patch, bytes, count); });
-  pairs.expect("no bytes", "done", [&] { describe(patch, bytes, 0); });
+               [&] { MirelScalingORB::getNormalizedPatchDescriptor(image, nullptr, 32); });
+  expectNumbersRefused(pairs, function, "nBytes", {-1, 33, INT_MIN}, "0 to 32",
+                       [&](int count) { MirelScalingORB::getNormalizedPatchDescriptor(image, bytes, count); });
+  pairs.expect("no bytes", "done", [&] { MirelScalingORB::getNormalizedPatchDescriptor(image, bytes, 0); });
 }
 
 }  // namespace

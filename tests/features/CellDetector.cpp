@@ -4,10 +4,7 @@
 #include <features/DetectionTest.h>
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <cstring>
-#include <opencv2/imgcodecs.hpp>
-#include <string>
 
 namespace MirelAlgorithms {
 namespace {
@@ -95,19 +92,6 @@ TEST(CellDetector, equalsMaskedDetection) {
       if (threads > 1) thisTime = 3 - thisTime;
     }
   cv::setNumThreads(threads);
-}
-
-TEST(CellDetector, equalsMaskedDetectionOnRealImages) {
-  const char* folder = std::getenv("MIREL_DATA");
-  if (!folder) GTEST_SKIP() << "MIREL_DATA names no folder of images";
-  for (const char* file : {"rubberwhale1.png", "box_in_scene.png", "leuvenA.jpg"}) {
-    SCOPED_TRACE(file);
-    cv::Mat image = cv::imread(std::string(folder) + "/" + file, cv::IMREAD_GRAYSCALE);
-    if (image.empty()) GTEST_SKIP() << file << " is not in the folder that MIREL_DATA names";
-    cv::resize(image, image, cv::Size(321, 243), 0, 0, cv::INTER_AREA);
-    EXPECT_GT(compareDetectors(image, 3), 700u);
-    EXPECT_GT(compareCells(image, *createOrb(), 5), 300u);
-  }
 }
 
 struct OrbCase {

@@ -11,33 +11,19 @@ constexpr int huge = (std::numeric_limits<int>::max)();
 
 cv::KeyPoint at(float x, float y, float response) { return {x, y, 15.0f, 0.0f, response}; }
 
-std::vector<float> responses(const KeyPoints& keyPoints) {
-  std::vector<float> list;
-  for (const cv::KeyPoint& k : keyPoints) list.push_back(k.response);
-  return list;
-}
-
-TEST(SelectPerCell, fillsEveryCellUpToItsQuota) {
-  // Two cells a side of a 100 x 100 image, three in the first cell, one in the last.
-  const KeyPoints sorted = {at(10, 10, 0.9f), at(20, 10, 0.8f), at(49, 49, 0.7f), at(60, 60, 0.6f)};
-  const CellGrid grid{2, 100, 100};
-  EXPECT_EQ(responses(selectPerCell(sorted, grid, 8, 0.0)), (std::vector<float>{0.9f, 0.8f, 0.6f}));
-  EXPECT_EQ(selectPerCell(sorted, grid, 7, 0.0).size(), 2u);  // 7 / 2 / 2 = 1
-  EXPECT_EQ(selectPerCell(sorted, grid, 12, 0.0).size(), 4u);
-  for (const int budget : {3, 0, -8, -huge}) EXPECT_TRUE(selectPerCell(sorted, grid, budget, 0.0).empty()) << budget;
-}
-
 TEST(SelectPerCell, belowTheThresholdUpToAThirdOfTheQuotaIsExceeded) {
   KeyPoints sorted;
   for (int i = 0; i < 20; ++i) sorted.push_back(at(5, 5, 1.0f - 0.01f * i));
-  const CellGrid grid{1, 100, 100};
-  EXPECT_EQ(selectPerCell(sorted, grid, 7, 2.0).size(), 3u);                 // counts 0, 1, 2 are at most 7 / 3
-  EXPECT_EQ(selectPerCell(sorted, grid, 9, 2.0).size(), 4u);                 //
-  EXPECT_EQ(selectPerCell(sorted, grid, 9, 0.945).size(), 6u);               // 1.00 to 0.95 reach it
-  EXPECT_EQ(selectPerCell(sorted, grid, 9, 0.0).size(), 9u);                 //
-  EXPECT_EQ(selectPerCell(sorted, grid, 9, sorted[6].response).size(), 7u);  // equal is enough
-  for (cv::KeyPoint& k : sorted) k.response -= 2.0f;
-  EXPECT_EQ(selectPerCell(sorted, grid, 9, 0.0).size(), 4u);  // negative responses do not reach 0
+  struct Row {
+    int budget;
+    double threshold;
+    std::size_t taken;
+  };
+  for (const Row& row :
+       {Row{7, 2.0, 3},  // counts 0, 1, 2 are at most 7 / 3
+        Row{9, 2.0, 4}, Row{9, 0.945, 6}, Row{9, 0.0, 9}, Row{9, sorted[6].response, 7},  // equal is enough
+        Row{0, 0.0, 0}, Row{-huge, 0.0, 0}})
+    EXPECT_EQ(selectPerCell(sorted, {1, 100, 100}, row.budget, row.threshold).size(), row.taken) << row.budget;
 }
 
 TEST(SelectPerCell, cellsAreTakenInSinglePrecision) {

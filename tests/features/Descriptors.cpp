@@ -1,5 +1,7 @@
 #include <MirelAlgorithms/features/Descriptors.h>
 #include <MirelAlgorithms/features/internal/DescriptorFamilies.h>
+#include <MirelAlgorithms/features/internal/Enhancement.h>
+#include <MirelAlgorithms/features/internal/FeatureMatrix.h>
 #include <MirelAlgorithms/features/internal/TripletTable.h>
 #include <features/FeatureTest.h>
 #include <gtest/gtest.h>
@@ -19,19 +21,7 @@ using Element = cv::Vec<float, 5>;
 constexpr float infinity = std::numeric_limits<float>::infinity();
 constexpr float nan = std::numeric_limits<float>::quiet_NaN();
 
-cv::Mat enhanced(const cv::Mat& image, int strength) {
-  cv::Mat result;
-  MirelCore::enhance(image, result, strength, {});
-  return result;
-}
-
 cv::Mat matrixOf(const std::vector<Element>& elements) { return cv::Mat(elements, true); }
-
-cv::Mat matrixOfKeys(const std::vector<cv::KeyPoint>& keyPoints) {
-  std::vector<Element> elements;
-  for (const auto& k : keyPoints) elements.emplace_back(k.pt.x, k.pt.y, k.size, k.angle, k.response);
-  return matrixOf(elements);
-}
 
 // Positions all over the image, beyond its borders and far away.
 std::vector<Element> positionsAround(const cv::Mat& image, std::uint64_t seed) {
@@ -127,19 +117,6 @@ TEST(FixedPointDescriptor, viewsAndAliases) {
   EXPECT_TRUE(same(both, expected));
 }
 
-struct Family {
-  int type, family;
-  cv::Ptr<cv::Feature2D> (*create)();
-};
-
-cv::Ptr<cv::Feature2D> brisk() { return cv::BRISK::create(30, 3, 1.0f); }
-cv::Ptr<cv::Feature2D> orb() { return cv::ORB::create(500, 1.2f, 8, 31, 0, 2, cv::ORB::HARRIS_SCORE, 31, 20); }
-#if WITH_XFEATURES2D
-cv::Ptr<cv::Feature2D> latch32() { return cv::xfeatures2d::LATCH::create(32, true, 3, 2.0); }
-cv::Ptr<cv::Feature2D> latch8() { return cv::xfeatures2d::LATCH::create(8, true, 5, 2.0); }
-cv::Ptr<cv::Feature2D> freak() { return cv::xfeatures2d::FREAK::create(true, true, 22.0f, 4); }
-#endif
-
 // Key points that every family keeps, and others at the border, which it drops.
 std::vector<cv::KeyPoint> scattered(const cv::Size& image) {
   cv::RNG random(11);
@@ -151,48 +128,35 @@ std::vector<cv::KeyPoint> scattered(const cv::Size& image) {
 }
 
 TEST(DescriptorFamilies, equalOpenCvsAndKeepRowsAligned) {
-  const Family families[] = {
-    {2, 3, brisk},
-    {2, 4, orb},
-#if WITH_XFEATURES2D
-    {2, 0, latch32},
-    {2, 9, latch32},
-    {2, -1, latch32},
-    {2, 2, freak},
-    {1, 4, latch8},
-    {-3, 0, latch8},
-#endif
+  struct Family {
+    int type, family;
+    cv::Ptr<cv::Feature2D> opencvs;
   };
+  std::vector<Family> families{
+      {2, 3, cv::BRISK::create(30, 3, 1.0f)},
+      {2, 4, cv::ORB::create(500, 1.2f, 8, 31, 0, 2, cv::ORB::HARRIS_SCORE, 31, 20)},
+  };
+#if WITH_XFEATURES2D
+  using namespace cv::xfeatures2d;
+  families.push_back({2, 2, FREAK::create(true, true, 22.0f, 4)});
+  for (const int family : {0, 9, -1}) families.push_back({2, family, LATCH::create(32, true, 3, 2.0)});
+  for (const int type : {1, -3}) families.push_back({type, 4, LATCH::create(8, true, 5, 2.0)});
+#endif
   const cv::Mat image = noise(150, 170, 12), before = image.clone();
   for (const Family& f : families) {
     SCOPED_TRACE(testing::Message() << "FBMType " << f.type << " FBMDescriptorType " << f.family);
     std::vector<cv::KeyPoint> expectedKeys = scattered(image.size());
-    cv::Mat features = matrixOfKeys(expectedKeys), descriptors, expected;
-    f.create()->compute(enhanced(image, 80000), expectedKeys, expected);
+    cv::Mat features = toFeatureMatrix(expectedKeys), descriptors, expected;
+    f.opencvs->compute(enhanced(image, 80000), expectedKeys, expected);
     ASSERT_LT(expectedKeys.size(), 150u);
     ASSERT_GT(expectedKeys.size(), 5u);
 
-    EXPECT_TRUE(retrieveDescriptors(
-        image, features, descriptors,
-        settingsOf(
-            {{L"FBMType", f.type}, {L"FBMDescriptorType", f.family}, {L"DescLengthBytes", 8}, {L"PatchSize", 5}})));
+    const Settings settings = settingsOf(
+        {{L"FBMType", f.type}, {L"FBMDescriptorType", f.family}, {L"DescLengthBytes", 8}, {L"PatchSize", 5}});
+    EXPECT_TRUE(retrieveDescriptors(image, features, descriptors, settings));
     EXPECT_TRUE(same(descriptors, expected));
-    EXPECT_TRUE(same(features, matrixOfKeys(expectedKeys)));
+    EXPECT_TRUE(same(features, toFeatureMatrix(expectedKeys)));
     EXPECT_TRUE(same(image, before));
-  }
-}
-
-// The outermost positions that LATCH accepts.
-TEST(DescriptorFamilies, keepWhatIsJustInside) {
-  for (const int family : {2, 3, 4, 0}) {
-    if (!WITH_XFEATURES2D && (family == 2 || family == 0)) continue;
-    cv::Mat features = matrixOf({{112.5f, 60, 7, 0, 1}, {70, 92.5f, 7, 90, 1}}), descriptors;
-    EXPECT_TRUE(retrieveDescriptors(noise(120, 140, 13), features, descriptors,
-                                    settingsOf({{L"FBMType", 2}, {L"FBMDescriptorType", family}})));
-    EXPECT_EQ(features.rows, descriptors.rows);
-    if (family == 0) {
-      EXPECT_EQ(features.rows, 2);
-    }
   }
 }
 

@@ -1,163 +1,98 @@
 #include <MirelAlgorithms/features/FixedPointCorners.h>
-#include <MirelAlgorithms/frame/internal/CpuVariant.h>
 #include <gtest/gtest.h>
-#include <tbb/global_control.h>
-#include <tbb/parallel_for.h>
 
-#include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 
 #include "CornerScenes.h"
 #include "LiteralCorners.h"
-#include "support/LogCapture.h"
+#include "support/Matrices.h"
+#include "support/SettingsOf.h"
 
 namespace MirelAlgorithms {
 namespace {
 
-using Container = SmartPtr<AttrContainer>;
-
 /// Settings without enhancement, which other functions do.
-Container plainSettings(bool fixedPoint) {
-  Container container(new AttrContainer());
-  container->set(L"FBMEnhancement", 0);
-  container->set(L"FBMFpgaQuantized", fixedPoint);
-  return container;
+Settings plainSettings(bool fixedPoint) {
+  return with(L"FBMFpgaQuantized", fixedPoint, settingsOf({{L"FBMEnhancement", 0}}));
 }
 
-Container containerOf(const literal::Settings& s, bool fixedPoint) {
-  Container container = plainSettings(fixedPoint);
-  container->set(L"FBMBlockSize", s.block);
-  container->set(L"FBMSobelSize", s.aperture);
-  container->set(L"FBMLumaLeftShift", s.lumaShift);
-  container->set(L"FBMEigenValWidthOut", s.eigenOut);
-  container->set(L"FBMExtractionModel", std::wstring(s.test.begin(), s.test.end()).c_str());
-  container->set(L"FBMnCells", s.cells);
-  container->set(L"FBMnFeatures", s.budget);
-  container->set(L"FBMUseAutoThreshold", s.autoThreshold);
-  return container;
+Settings settingsFor(const literal::Settings& s, bool fixedPoint) {
+  const Settings settings = settingsOf({{L"FBMEnhancement", 0},
+                                        {L"FBMBlockSize", s.block},
+                                        {L"FBMSobelSize", s.aperture},
+                                        {L"FBMLumaLeftShift", s.lumaShift},
+                                        {L"FBMEigenValWidthOut", s.eigenOut},
+                                        {L"FBMnCells", s.cells},
+                                        {L"FBMnFeatures", s.budget}});
+  settings->set(L"FBMFpgaQuantized", fixedPoint);
+  settings->set(L"FBMExtractionModel", std::wstring(s.test.begin(), s.test.end()).c_str());
+  settings->set(L"FBMUseAutoThreshold", s.autoThreshold);
+  return settings;
 }
 
 struct Result {
   cv::Mat features, map;
 };
 
-Result detect(const cv::Mat& image, const Container& settings) {
+Result detect(const cv::Mat& image, const Settings& settings) {
   Result result;
   const auto map = std::make_shared<cv::Mat>();
   EXPECT_TRUE(retrieveFeaturesFPGA(image, result.features, settings, map));
   result.map = *map;
   cv::Mat withoutMap;
   EXPECT_TRUE(retrieveFeaturesFPGA(image, withoutMap, settings, nullptr));
-  EXPECT_EQ(withoutMap.rows, result.features.rows);
-  EXPECT_TRUE(withoutMap.empty() || std::memcmp(withoutMap.data, result.features.data, withoutMap.total() * 20) == 0);
+  EXPECT_TRUE(same(withoutMap, result.features));
   return result;
 }
 
 void expectEqual(const std::vector<cv::KeyPoint>& expected, const cv::Mat& features) {
-  ASSERT_EQ(static_cast<int>(expected.size()), features.rows);
-  if (features.empty()) return;
-  ASSERT_EQ(features.type(), CV_32FC(5));
-  ASSERT_EQ(features.cols, 1);
-  for (int i = 0; i < features.rows; ++i) {
-    const cv::KeyPoint& k = expected[i];
-    const float fields[] = {k.pt.x, k.pt.y, k.size, k.angle, k.response};
-    ASSERT_EQ(std::memcmp(fields, features.ptr(i), sizeof fields), 0) << "feature " << i;
-  }
+  std::vector<cv::Vec<float, 5>> rows;
+  for (const cv::KeyPoint& k : expected) rows.emplace_back(k.pt.x, k.pt.y, k.size, k.angle, k.response);
+  EXPECT_TRUE(same(cv::Mat(rows), features)) << rows.size() << " expected, " << features.rows << " found";
 }
 
 void expectDefinition(const cv::Mat& image, const literal::Settings& settings, bool fixedPoint) {
   const literal::Response response =
-      fixedPoint ? literal::fixedPointResponse(image, settings) : literal::floatResponse(image, settings);
+      fixedPoint ? literal::fixedPointResponse(image, settings) : literal::floatResponse(image.clone(), settings);
   const cv::Mat_<float> map = literal::normalised(response);
-  const Result result = detect(image, containerOf(settings, fixedPoint));
-  ASSERT_EQ(result.map.type(), CV_32FC1);
-  ASSERT_EQ(result.map.size(), map.size());
-  EXPECT_EQ(std::memcmp(result.map.data, map.data, map.total() * sizeof(float)), 0);
+  const Result result = detect(image, settingsFor(settings, fixedPoint));
+  EXPECT_TRUE(same(result.map, map));
   expectEqual(literal::select(literal::candidates(map, settings.test), image.size(), settings), result.features);
 }
 
 TEST(FixedPointCorners, agreeWithTheDefinition) {
-  std::vector<std::function<void(literal::Settings&)>> changes = {
-      [](auto&) {},
-      [](auto& s) { s.test = "AverageRingMask"; },
-      [](auto& s) { s.test = "anything else"; },
-      [](auto& s) {
-        s.autoThreshold = true;
-        s.budget = 40;
-      },
-      [](auto& s) {
-        s.cells = 4;
-        s.budget = 50;
-      },
-      [](auto& s) {
-        s.cells = 1;
-        s.budget = 7;
-      },
-      [](auto& s) {
-        s.cells = 7;
-        s.budget = 1000000;
-      },
-      [](auto& s) {
-        s.block = 4;
-        s.aperture = 5;
-      },
-      [](auto& s) { s.lumaShift = 11; },
-      [](auto& s) {
-        s.eigenOut = 8;
-        s.test = "weighted";
-      },  // many equal values
-      [](auto& s) { s.eigenOut = 32; },
-  };
-  for (std::size_t i = 0; i < changes.size(); ++i)
-    for (const bool fixedPoint : {false, true}) {
-      SCOPED_TRACE(testing::Message() << "change " << i << (fixedPoint ? ", fixed point" : ""));
-      literal::Settings settings;
-      changes[i](settings);
-      expectDefinition(cornerScene(150, 203, i), settings, fixedPoint);
-      expectDefinition(harshNoise(64, 48, i), settings, fixedPoint);
-    }
-}
-
-// Periodic pictures: candidates of equal response, and maxima on plateaus.
-TEST(FixedPointCorners, agreeWithTheDefinitionOnTies) {
+  // A periodic picture: candidates of equal response, and maxima on plateaus.
   cv::Mat board(120, 130, CV_8UC1);
   for (int y = 0; y < board.rows; ++y)
     for (int x = 0; x < board.cols; ++x) board.at<uchar>(y, x) = (x / 10 + y / 10) % 2 == 0 ? 30 : 200;
-  for (const char* test : {"SingleMaximum7x7Patch", "AverageRingMask", "weighted"})
+  const literal::Settings all[] = {{},
+                                   {.test = "AverageRingMask"},
+                                   {.test = "anything else"},
+                                   {.budget = 40, .autoThreshold = true},
+                                   {.cells = 4, .budget = 50},
+                                   {.cells = 1, .budget = 7},
+                                   {.cells = 7, .budget = 1000000},
+                                   {.block = 4, .aperture = 5},
+                                   {.lumaShift = 11},
+                                   {.eigenOut = 8, .test = "weighted"},  // many equal values
+                                   {.eigenOut = 32}};
+  for (std::size_t i = 0; i < std::size(all); ++i)
     for (const bool fixedPoint : {false, true}) {
-      SCOPED_TRACE(testing::Message() << test << fixedPoint);
-      literal::Settings settings;
-      settings.test = test;
-      expectDefinition(board, settings, fixedPoint);
+      SCOPED_TRACE(testing::Message() << "settings " << i << (fixedPoint ? ", fixed point" : ""));
+      for (const cv::Mat& image :
+           {cornerScene(150, 203, i), oddView(harshNoise(64, 48, i)), board, cv::Mat(50, 60, CV_8UC1, cv::Scalar(0))})
+        expectDefinition(image, all[i], fixedPoint);
     }
 }
 
 TEST(FixedPointCorners, sizesAroundTheSmallestWithFeatures) {
-  for (const int rows : {1, 2, 16, 17, 18, 25})
-    for (const int cols : {1, 4, 16, 17, 24})
+  for (const int rows : {2, 16, 17, 18, 25})
+    for (const int cols : {4, 16, 17, 24})
       for (const bool fixedPoint : {false, true}) {
         SCOPED_TRACE(testing::Message() << rows << " x " << cols << (fixedPoint ? " fixed" : ""));
-        cv::Mat image = cornerScene(rows, cols, 5);
-        if (rows > 1 && cols > 1) expectDefinition(image, literal::Settings(), fixedPoint);
-        const Result result = detect(image, plainSettings(fixedPoint));
-        EXPECT_TRUE(result.features.empty() || (rows >= 17 && cols >= 17));
+        expectDefinition(cornerScene(rows, cols, 5), literal::Settings(), fixedPoint);
       }
-}
-
-TEST(FixedPointCorners, flatImagesHaveNone) {
-  for (const bool fixedPoint : {false, true})
-    for (const char* test : {"SingleMaximum7x7Patch", "AverageRingMask", "weighted"}) {
-      literal::Settings settings;
-      settings.test = test;
-      const cv::Mat image(50, 60, CV_8UC1, cv::Scalar(0));
-      const Result result = detect(image, containerOf(settings, fixedPoint));
-      EXPECT_TRUE(result.features.empty());
-      ASSERT_EQ(result.map.size(), image.size());
-      ASSERT_EQ(result.map.type(), CV_32FC1);
-      EXPECT_EQ(cv::countNonZero(result.map), 0);
-    }
 }
 
 TEST(FixedPointCorners, defaultsAndPreparation) {
@@ -173,121 +108,58 @@ TEST(FixedPointCorners, defaultsAndPreparation) {
   expectEqual(expected(enhanced), features);
 
   cv::medianBlur(image, median, 3);
-  const Container filtered = plainSettings(false);
+  const Settings filtered = plainSettings(false);
   filtered->set(L"UseBilateralFilter", true);
   EXPECT_TRUE(retrieveFeaturesFPGA(image, features, filtered, nullptr));
   expectEqual(expected(median), features);
 }
 
-TEST(FixedPointCorners, viewsOfLargerImages) {
-  const cv::Mat large = cornerScene(90, 120, 2);
-  const cv::Mat view = large(cv::Rect(3, 5, 77, 61));
-  for (const bool fixedPoint : {false, true}) {
-    const Result of = detect(view, plainSettings(fixedPoint)), copy = detect(view.clone(), plainSettings(fixedPoint));
-    EXPECT_GT(of.features.rows, 0);
-    EXPECT_EQ(cv::norm(of.map, copy.map, cv::NORM_INF), 0.0);
-  }
-  EXPECT_EQ(cv::norm(large, cornerScene(90, 120, 2), cv::NORM_INF), 0.0);  // the input keeps its bytes
-}
-
-TEST(FixedPointCorners, anyNumberOfThreadsAndInstructionSets) {
-  const cv::Mat image = cornerScene(300, 280, 6);
-  for (const bool fixedPoint : {false, true}) {
-    const Result expected = detect(image, plainSettings(fixedPoint));
-    const auto expectSame = [&] {
-      const Result result = detect(image, plainSettings(fixedPoint));
-      EXPECT_EQ(cv::norm(result.map, expected.map, cv::NORM_INF), 0.0);
-      ASSERT_EQ(result.features.rows, expected.features.rows);
-      EXPECT_EQ(std::memcmp(result.features.data, expected.features.data, expected.features.total() * 20), 0);
-    };
-    for (const int threads : {1, 2, 3, 8}) {
-      const tbb::global_control limit(tbb::global_control::max_allowed_parallelism, threads);
-      expectSame();
-      tbb::parallel_for(0, 8, [&](int) { expectSame(); });  // from tasks that nest
-    }
-    limitCpuVariant(CpuVariant::baseline);
-    expectSame();
-    limitCpuVariant(CpuVariant::avx512);
-  }
-}
-
-class Dumps : public testing::Test {
+/// The folder where stages are dumped, one a test: tests run side by side.
+class Dumps : public testing::TestWithParam<bool> {
  protected:
   Dumps() { std::filesystem::create_directories(folder_); }
   ~Dumps() override { std::filesystem::remove_all(folder_); }
-
-  Container settings(bool fixedPoint) const {
-    const Container container = plainSettings(fixedPoint);
-    const std::string prefix = (folder_ / "x_").string();
-    container->set(L"FBMWorkDir", std::wstring(prefix.begin(), prefix.end()).c_str());
-    return container;
-  }
 
   std::vector<double> values(const char* name) const {
     std::ifstream file(folder_ / (std::string("x_") + name));
     return {std::istream_iterator<double>(file), {}};
   }
 
-  std::size_t files() const {
-    return std::distance(std::filesystem::directory_iterator(folder_), std::filesystem::directory_iterator());
-  }
-
-  // One folder a test: tests run side by side.
   const std::filesystem::path folder_ =
-      std::filesystem::path(testing::TempDir()) /
-      (std::string("corner dumps ") + testing::UnitTest::GetInstance()->current_test_info()->name());
+      std::filesystem::path(testing::TempDir()) / (GetParam() ? "corner dumps q" : "corner dumps f");
 };
 
-TEST_F(Dumps, ofAllStages) {
+TEST_P(Dumps, ofAllStages) {
+  const bool fixedPoint = GetParam();
   const cv::Mat image = cornerScene(30, 33, 4);
-  const Result expected = detect(image, settings(true));
-  EXPECT_EQ(files(), 0u);
-  const Container all = settings(true);
+  const Settings settings = plainSettings(fixedPoint);
+  settings->set(L"FBMWorkDir", (folder_ / "x_").wstring().c_str());
+  const cv::Mat expected = detect(image, settings).map;
+  EXPECT_TRUE(std::filesystem::is_empty(folder_));
   for (const wchar_t* key : {L"FBMWriteSobel", L"FBMWriteGradMult", L"FBMWriteCovar", L"FBMWriteEigenvals"})
-    all->set(key, true);
-  expectDefinition(image, literal::Settings(), true);
-  const Result result = detect(image, all);
-  EXPECT_EQ(cv::norm(result.map, expected.map, cv::NORM_INF), 0.0);
-  EXPECT_EQ(files(), 9u);
-  for (const char* name : {"sobeldx_q.txt", "sobeldy_q.txt", "gradxx_q.txt", "gradyy_q.txt", "gradxy_q.txt",
-                           "covarxx_q.txt", "covaryy_q.txt", "covarxy_q.txt", "eigenVals_q.txt"})
-    EXPECT_EQ(values(name).size(), image.total()) << name;
+    settings->set(key, true);
+  EXPECT_TRUE(same(detect(image, settings).map, expected));
 
-  const std::vector<double> dx = values("sobeldx_q.txt"), dy = values("sobeldy_q.txt"), xx = values("gradxx_q.txt"),
-                            yy = values("gradyy_q.txt"), xy = values("gradxy_q.txt"), map = values("eigenVals_q.txt");
-  const literal::Response response = literal::fixedPointResponse(image, literal::Settings());
+  std::vector<const char*> names{"eigenVals_f.txt"};
+  if (fixedPoint)
+    names = {"eigenVals_q.txt", "sobeldx_q.txt", "sobeldy_q.txt", "gradxx_q.txt", "gradyy_q.txt",
+             "gradxy_q.txt",    "covarxx_q.txt", "covaryy_q.txt", "covarxy_q.txt"};
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder_), {}), std::ptrdiff_t(names.size()));
+  for (const char* name : names) ASSERT_EQ(values(name).size(), image.total()) << name;
+  const std::vector<double> map = values(names[0]), dx = values("sobeldx_q.txt"), dy = values("sobeldy_q.txt"),
+                            xx = values("gradxx_q.txt"), yy = values("gradyy_q.txt"), xy = values("gradxy_q.txt");
+  const literal::Response response =
+      fixedPoint ? literal::fixedPointResponse(image, {}) : literal::floatResponse(image, {});
   for (std::size_t i = 0; i < image.total(); ++i) {
+    const double value = *(response.map.begin() + static_cast<std::ptrdiff_t>(i));
+    EXPECT_NEAR(map[i], value, fixedPoint ? 0 : 1e-5 * std::abs(value));  // six digits
+    if (!fixedPoint) continue;
     EXPECT_EQ(xx[i], std::floor(dx[i] * dx[i] / 4096));
     EXPECT_EQ(yy[i], std::floor(dy[i] * dy[i] / 4096));
     EXPECT_EQ(xy[i], std::floor(dx[i] * dy[i] / 4096));
-    EXPECT_EQ(map[i], *(response.map.begin() + static_cast<std::ptrdiff_t>(i)));
   }
 }
-
-TEST_F(Dumps, ofTheFloatingPointPath) {
-  const cv::Mat image = cornerScene(30, 33, 4);
-  const Container container = settings(false);
-  for (const wchar_t* key : {L"FBMWriteSobel", L"FBMWriteGradMult", L"FBMWriteCovar", L"FBMWriteEigenvals"})
-    container->set(key, true);
-  detect(image, container);
-  EXPECT_EQ(files(), 1u);
-  const literal::Response response = literal::floatResponse(image, literal::Settings());
-  const std::vector<double> map = values("eigenVals_f.txt");
-  ASSERT_EQ(map.size(), image.total());
-  for (std::size_t i = 0; i < map.size(); ++i) {
-    const double value = *(response.map.begin() + static_cast<std::ptrdiff_t>(i));
-    EXPECT_NEAR(map[i], value, 1e-5 * std::abs(value));  // six digits
-  }
-}
-
-TEST(FixedPointCorners, stagesAreLoggedOnTheirPathOnly) {
-  for (const bool fixedPoint : {false, true}) {
-    const LogCapture log(1000);
-    cv::Mat features;
-    retrieveFeaturesFPGA(cornerScene(30, 33, 4), features, plainSettings(fixedPoint), nullptr);
-    EXPECT_EQ(log.of("cornerMinEigenValFpga").size(), fixedPoint ? 5u : 0u);
-  }
-}
+INSTANTIATE_TEST_SUITE_P(FixedPointCorners, Dumps, testing::Bool(), testing::PrintToStringParamName());
 
 }  // namespace
 }  // namespace MirelAlgorithms

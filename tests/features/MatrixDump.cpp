@@ -44,11 +44,8 @@ TEST(MatrixDump, oneValueALineInTheClassicLocale) {
   EXPECT_EQ(floats, "0.1\n0.1\n");
 }
 
-TEST(MatrixDump, refusals) {
-  const std::string path = testing::TempDir() + "no such folder/a.txt";
-  const auto dump = [&](int type) { cvMatToTxt(cv::Mat(2, 2, type, cv::Scalar(1)), path); };
-  EXPECT_EQ(thrownText<std::runtime_error>([&] { dump(CV_64FC1); }), "cvMatToTxt: Couldn't open output file " + path);
-  EXPECT_EQ(thrownText<std::invalid_argument>([&] { dump(CV_32SC1); }),
+TEST(MatrixDump, refusesOtherTypes) {
+  EXPECT_EQ(thrownText<std::invalid_argument>([] { cvMatToTxt(cv::Mat(2, 2, CV_32SC1), "not written"); }),
             "cvMatToTxt: matrix: CV_32SC1 given, CV_64FC1 or CV_32FC1 expected");
 }
 

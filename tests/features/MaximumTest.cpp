@@ -4,7 +4,6 @@
 #include <cmath>
 #include <opencv2/core.hpp>
 #include <stdexcept>
-#include <tuple>
 
 #include "support/ThrownText.h"
 
@@ -70,42 +69,10 @@ TEST(WeightedMaximum, needsAMarginThatGrowsWithTheDistance) {
   }
 }
 
-TEST(WeightedMaximum, ofADetectorRun) {
-  Peak peak(7);
-  for (const auto& [dy, dx, margin] : {std::tuple(-3, 3, 3), std::tuple(0, -2, 2), std::tuple(1, 2, 1)})
-    for (const double more : {-1.0, 0.0}) {
-      peak.at(dy, dx) = static_cast<float>(1.0 - (margin + more / 256) / 4096.0);
-      EXPECT_EQ(isMaximum(peak.map, 5, 4, MaximumTest::weighted), more == 0.0);
-      peak.at(dy, dx) = 0.0f;
-    }
-}
-
-TEST(WeightedMaximum, takesOneOfTwoEqualNeighbours) {
-  for (const cv::Point& step : {cv::Point(1, 0), cv::Point(0, 1), cv::Point(1, 1), cv::Point(-1, 1)}) {
-    cv::Mat map(20, 20, CV_32FC1, cv::Scalar(0.0));
-    const cv::Point a(10, 10), b = a + step;
-    map.at<float>(a) = map.at<float>(b) = 0.5f;
-    const auto passes = [&](const cv::Point& p, MaximumTest test) { return isMaximum(map, p.x, p.y, test); };
-    EXPECT_NE(passes(a, MaximumTest::weighted), passes(b, MaximumTest::weighted)) << step;
-    EXPECT_FALSE(passes(a, MaximumTest::single) || passes(b, MaximumTest::single)) << step;
-  }
-}
-
 TEST(WeightedMaximum, refusesOtherTypes) {
   const cv::Mat map(9, 9, CV_64FC1, cv::Scalar(0.0));
-  for (const int size : {5, 7})
-    EXPECT_EQ(thrownText<std::invalid_argument>([&] { checkPatchFPGA(map, 4, 4, size, 0.1); }),
-              "checkPatchFPGA(..): input matrix must be of type CV_32F");
-}
-
-TEST(RingMask, coversTheEdgeOfTheWindow) {
-  for (const int size : {5, 7}) {
-    const cv::Mat& mask = initRingMask(size);
-    ASSERT_EQ(mask.size(), cv::Size(size, size));
-    EXPECT_EQ(cv::sum(mask)[0], 255.0 * 4 * (size - 1));
-    EXPECT_EQ(cv::countNonZero(mask(cv::Rect(1, 1, size - 2, size - 2))), 0);
-    EXPECT_EQ(mask.data, initRingMask(size).data);
-  }
+  EXPECT_EQ(thrownText<std::invalid_argument>([&] { checkPatchFPGA(map, 4, 4, 7, 0.1); }),
+            "checkPatchFPGA(..): input matrix must be of type CV_32F");
 }
 
 TEST(RingTest, comparesWithMeanAndDeviationOfTheRing) {
@@ -125,13 +92,6 @@ TEST(RingTest, comparesWithMeanAndDeviationOfTheRing) {
     EXPECT_FALSE(passes(-0.5f));  // above all others, but negative
     EXPECT_TRUE(passes(0.0f));
   }
-}
-
-TEST(MaximumTestName, everyOtherTextIsTheWeightedTest) {
-  EXPECT_EQ(maximumTest(L"SingleMaximum7x7Patch"), MaximumTest::single);
-  EXPECT_EQ(maximumTest(L"AverageRingMask"), MaximumTest::ring);
-  for (const wchar_t* name : {L"", L"SingleMaximum5x5Patch", L"averageringmask"})
-    EXPECT_EQ(maximumTest(name), MaximumTest::weighted);
 }
 
 }  // namespace
