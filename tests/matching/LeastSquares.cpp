@@ -1,12 +1,9 @@
-#include <MirelAlgorithms/matching/LeastSquares.h>
 #include <gtest/gtest.h>
 
-#include <Eigen/Dense>
-#include <algorithm>
-#include <cfloat>
-#include <cmath>
 #include <limits>
 #include <random>
+
+#include "LiteralLeastSquares.h"
 
 using namespace MirelAlgorithms;
 
@@ -15,45 +12,7 @@ namespace {
 constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 constexpr unsigned plain = 0, robust = 1;
 
-using Doubles = std::vector<double>;
-
-// The robust solve step by step on whole matrices.
-struct LiteralRobust {
-  Doubles x;
-  double rms = DBL_MAX;
-  std::vector<std::int32_t> outliers;
-
-  LiteralRobust(const Doubles& a, const Doubles& b, Doubles start, int rows, double threshold, double minScale)
-      : x(std::move(start)) {
-    const int cols = static_cast<int>(x.size());
-    using RowMajor = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor>;
-    const Eigen::MatrixXd matrix = Eigen::Map<const RowMajor>(a.data(), rows, cols);
-    const Eigen::VectorXd side = Eigen::Map<const Eigen::VectorXd>(b.data(), rows);
-    Doubles weights(rows, 1.0), residuals(rows);
-    for (int iteration = 0; iteration < 10; ++iteration) {
-      const auto w = Eigen::Map<const Eigen::VectorXd>(weights.data(), rows);
-      const Eigen::VectorXd s =
-          Eigen::MatrixXd(w.asDiagonal() * matrix).colPivHouseholderQr().solve(w.cwiseProduct(side));
-      double squares = 0.0;
-      for (int i = 0; i < rows; ++i) {
-        residuals[i] = 0.0;
-        for (int j = 0; j < cols; ++j) residuals[i] += matrix(i, j) * s[j];
-        residuals[i] -= side[i];
-        squares += weights[i] * residuals[i] * (weights[i] * residuals[i]);
-      }
-      const double figure = std::sqrt(squares) / rows;
-      if (!(figure < rms)) return;
-      rms = figure;
-      x.assign(s.begin(), s.end());
-      outliers.clear();
-      for (int i = 0; i < rows; ++i)
-        if (weights[i] < DBL_EPSILON) outliers.push_back(i);
-      if (figure <= DBL_EPSILON) return;
-      Lsq::lsqWeights(residuals.data(), weights.data(), rows, threshold, minScale);
-      if (std::count_if(weights.begin(), weights.end(), [](double v) { return v >= DBL_EPSILON; }) < cols) return;
-    }
-  }
-};
+using literal::Doubles;
 
 TEST(LeastSquares, RobustSolveEqualsTheLiteralSteps) {
   std::mt19937 random(72);
@@ -68,7 +27,7 @@ TEST(LeastSquares, RobustSolveEqualsTheLiteralSteps) {
       for (int row = 0; row < rows; ++row) b[row] = a[row * cols];  // solved exactly
     const double threshold = 1.0 + static_cast<double>(random() % 300) / 100.0, minScale = i % 3 == 0 ? 0.1 : 0.0;
 
-    const LiteralRobust expected(a, b, x, rows, threshold, minScale);
+    const literal::Robust expected(a, b, x, rows, threshold, minScale);
     Lsq solver;
     ASSERT_EQ(solver.lsq(a.data(), b.data(), x.data(), rows, cols, robust, threshold, minScale), 0);
     withOutliers += solver.outliers() > 0;
