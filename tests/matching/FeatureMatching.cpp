@@ -4,9 +4,7 @@
 #include <matching/LiteralMatching.h>
 #include <matching/MatchingInputs.h>
 #include <tbb/task_arena.h>
-#include <tbb/task_group.h>
 
-#include <cmath>
 #include <cstring>
 
 namespace {
@@ -104,57 +102,6 @@ TEST_F(MatchFeatures, DistancesWrap) {
   ASSERT_EQ(expected.matches.size(), 1u);
   EXPECT_EQ(expected.matches[0].distance, 65600 - 65536);
   expectLiteral(in, expected);
-}
-
-TEST_F(MatchFeatures, RatioAndBackwardTest) {
-  struct Row {
-    std::initializer_list<int> bits1, bits2;
-    std::vector<std::pair<int, int>> pairs;
-    std::uint16_t maxDistance = 65535;
-  };
-  const Row rows[] = {
-      {{0}, {100, 124}, {}},                     // 100 / 124 is above 0.8
-      {{0}, {100, 125}, {{0, 0}}},               // exactly 0.8
-      {{0}, {0, 0}, {{0, 0}}},                   // 0 / 0 passes, and the lower index is nearer
-      {{0, 220}, {100}, {}},                     // 120 <= 125 and 100 <= 150: each blocks the other
-      {{0, 225}, {100}, {}},                     // 125 <= 125
-      {{0, 226}, {100}, {{0, 0}}},               // 126 > 125, yet 100 <= 157
-      {{0, 500}, {100, 500}, {{0, 0}, {1, 1}}},  // far apart
-      {{7, 7}, {7, 900}, {}},                    // two equal descriptors block each other
-      {{0}, {100, 110}, {{0, 0}}, 105},          // what is too far is no second
-      {{0, 210}, {100}, {}, 105},                // but blocks
-  };
-  for (const Row& row : rows) {
-    Input in = inputWithOnes(row.bits1, row.bits2);
-    in.params.maxDistance = row.maxDistance;
-    std::vector<std::pair<int, int>> pairs;
-    for (const FBMatch& match : run(in).matches) pairs.emplace_back(match.queryIdx, match.trainIdx);
-    EXPECT_EQ(pairs, row.pairs) << "row " << &row - rows;
-  }
-}
-
-TEST_F(MatchFeatures, PointOnTheCircleIsACandidate) {
-  Input in = inputWithOnes({0}, {0});
-  in.keyPoints2[0].pt = {3, 4};
-  for (const float radiusSq : {25.0f, std::nextafter(25.0f, 0.0f)}) {
-    in.predictions = {{0, 0, radiusSq, 2}};
-    const Output out = run(in);
-    ASSERT_EQ(out.matches.size(), radiusSq == 25.0f ? 1u : 0u);
-    EXPECT_EQ(out.predictions[0].state, radiusSq == 25.0f ? 4 : 2);
-  }
-}
-
-TEST_F(MatchFeatures, CallsInsideTasksOfTheCaller) {
-  Random random(3);
-  Input in;
-  do in = randomInput(random);
-  while (in.keyPoints1.size() < 100 || in.keyPoints2.size() < 100);
-  const Output expected = run(in, literal::matchFeatures);
-  std::vector<Output> outs(32);
-  tbb::task_group tasks;
-  for (Output& out : outs) tasks.run([&in, &out] { out = run(in); });
-  tasks.wait();
-  for (const Output& out : outs) expectSame(out, expected);
 }
 
 }  // namespace

@@ -4,34 +4,22 @@
 
 #include <cfloat>
 #include <cstring>
+#include <tuple>
 
 using namespace MirelAlgorithms;
 
 namespace {
 
 TEST(ValidationParams, Presets) {
-  struct Row {
-    FBMFilterMode mode;
-    std::int32_t minMatches;
-    float searchRadiusSq;
-    std::uint16_t maxDistance;
-    float auxLimit1, auxLimit2;
-    bool refine;
-  };
   LogCapture log(1);
-  for (const Row& row :
-       {Row{Narrow, 30, 14400.0f, 133, 5.0f, 0.001f, true}, Row{Wide, 20, 160000.0f, 192, 20.0f, 0.004f, true},
-        Row{Exhaustive, 1, FLT_MAX, 65535, FLT_MAX, FLT_MAX, false}}) {
-    const FBMValidationParams params(row.mode);
-    EXPECT_EQ(params.minMatches, row.minMatches);
-    EXPECT_EQ(params.searchRadiusSq, row.searchRadiusSq);
-    EXPECT_EQ(params.maxDistance, row.maxDistance);
-    EXPECT_EQ(params.auxLimit1, row.auxLimit1);
-    EXPECT_EQ(params.auxLimit2, row.auxLimit2);
-    EXPECT_EQ(params.auxScale, 1.0f);
-    EXPECT_EQ(params.ratio, 0.8f);
-    EXPECT_EQ(params.refine, row.refine);
-  }
+  const auto fields = [](FBMFilterMode mode) {
+    const FBMValidationParams p(mode);
+    return std::tuple(p.minMatches, p.searchRadiusSq, p.maxDistance, p.auxLimit1, p.auxLimit2, p.auxScale, p.ratio,
+                      p.refine);
+  };
+  EXPECT_EQ(fields(Narrow), std::tuple(30, 14400.0f, 133, 5.0f, 0.001f, 1.0f, 0.8f, true));
+  EXPECT_EQ(fields(Wide), std::tuple(20, 160000.0f, 192, 20.0f, 0.004f, 1.0f, 0.8f, true));
+  EXPECT_EQ(fields(Exhaustive), std::tuple(1, FLT_MAX, 65535, FLT_MAX, FLT_MAX, 1.0f, 0.8f, false));
   EXPECT_TRUE(log.records.empty());
 }
 
