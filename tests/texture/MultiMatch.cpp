@@ -1,5 +1,4 @@
 #include <MirelAlgorithms/texture/MultiMatch.h>
-#include <MirelAlgorithms/texture/TextureFeatures.h>
 #include <gtest/gtest.h>
 #include <texture/LiteralTexture.h>
 #include <texture/TextureTest.h>
@@ -17,7 +16,6 @@ double drift(const cv::Mat& first, const cv::Mat& other) {
   return bits;
 }
 
-// Of images that are not empty and have features.
 std::vector<MultiMatch> literalMultiMatch(const std::vector<cv::Mat>& images, std::vector<MultiMatch> result,
                                           const Settings& settings) {
   const auto first = literal::extract(images[0], settings);
@@ -25,6 +23,7 @@ std::vector<MultiMatch> literalMultiMatch(const std::vector<cv::Mat>& images, st
   for (std::size_t i = 0; i < points.size(); ++i)
     result.push_back({points[i], first.descriptors.row(static_cast<int>(i)), 1, 0.0});
   for (std::size_t j = 1; j < images.size(); ++j) {
+    if (images[j].empty()) continue;
     const auto other = literal::extract(images[j], settings);
     for (const cv::Vec3i& match :
          literal::match(points, first.descriptors, literal::positions(other.keyPoints), other.descriptors, settings)) {
@@ -38,57 +37,32 @@ std::vector<MultiMatch> literalMultiMatch(const std::vector<cv::Mat>& images, st
   return result;
 }
 
-void expectSame(const std::vector<MultiMatch>& result, const std::vector<MultiMatch>& expected) {
-  ASSERT_EQ(result.size(), expected.size());
-  for (std::size_t i = 0; i < result.size(); ++i) {
-    EXPECT_EQ(result[i].point, expected[i].point);
-    EXPECT_TRUE(same(result[i].descriptor, expected[i].descriptor));
-    EXPECT_EQ(result[i].multiplicity, expected[i].multiplicity);
-    EXPECT_EQ(result[i].maxDistance, expected[i].maxDistance);
-    EXPECT_EQ(result[i].descriptor.datastart, result[0].descriptor.datastart) << "shares the first image's memory";
+// Entries that are there already are taken for the first image's first features.
+TEST(TextureMultiMatch, equalsTheLiteralSteps) {
+  const cv::Mat image = scene(200, 220, 1), flat(90, 80, CV_8UC1, cv::Scalar(7));
+  const std::vector<cv::Mat> views{image, seenAside(image, 4), cv::Mat(), seenAside(image, 9), flat, image};
+  const std::vector<MultiMatch> none, three(3, {{5, 6}, cv::Mat(1, 32, CV_8UC1, cv::Scalar(255)), 1, 2.0});
+  struct Case {
+    const std::vector<cv::Mat>& images;
+    const std::vector<MultiMatch>& there;
+    int least;
+  };
+  for (const Case& c :
+       {Case{views, none, -1}, {views, none, 2}, {views, none, 4}, {views, three, 2}, {{image}, none, 1}}) {
+    const Settings settings = settingsOf({{L"txmMinMultipicity", c.least}});
+    std::vector<MultiMatch> result = c.there;
+    EXPECT_EQ(textureMultiMatch(c.images, result, settings), 0);
+    const auto expected = literalMultiMatch(c.images, c.there, settings);
+    ASSERT_EQ(result.size(), expected.size());
+    ASSERT_GT(result.size(), 20u);
+    for (std::size_t i = 0; i < result.size(); ++i) {
+      EXPECT_EQ(result[i].point, expected[i].point);
+      EXPECT_TRUE(same(result[i].descriptor, expected[i].descriptor));
+      EXPECT_EQ(result[i].multiplicity, expected[i].multiplicity);
+      EXPECT_EQ(result[i].maxDistance, expected[i].maxDistance);
+    }
+    EXPECT_EQ(result[result.size() - 2].descriptor.datastart, result.back().descriptor.datastart) << "one memory";
   }
-}
-
-class TextureMultiMatch : public testing::Test {
- protected:
-  const cv::Mat image = scene(200, 220, 1), flat{90, 80, CV_8UC1, cv::Scalar(7)};
-  const std::vector<cv::Mat> views{image, seenAside(image, 4), seenAside(image, 9), image};
-};
-
-TEST_F(TextureMultiMatch, countsAndDrifts) {
-  const std::vector<cv::Mat> withGaps{views[0], views[1], cv::Mat(), views[2], flat, views[3]};
-  for (const int least : {-1, 2, 4}) {
-    const Settings settings = settingsOf({{L"txmMinMultipicity", least}});
-    const auto expected = literalMultiMatch(views, {}, settings);
-    EXPECT_GT(expected.size(), 20u);
-    std::vector<MultiMatch> result;
-    EXPECT_EQ(textureMultiMatch(withGaps, result, settings), 0);
-    expectSame(result, expected);
-  }
-}
-
-TEST_F(TextureMultiMatch, fewImages) {
-  Points points;
-  cv::Mat descriptors;
-  textureExtract(image, points, descriptors, {});
-  std::vector<MultiMatch> result, kept;
-  EXPECT_EQ(textureMultiMatch({image}, result, settingsOf({{L"txmMinMultipicity", 1}})), 0);
-  EXPECT_EQ(result.size(), points.size());
-
-  EXPECT_EQ(textureMultiMatch({image, image}, kept, {}), 0);
-  EXPECT_GT(kept.size(), 50u);
-  for (const MultiMatch& feature : kept) EXPECT_TRUE(feature.multiplicity == 2 && feature.maxDistance == 0.0);
-}
-
-// They are taken for the first image's first features.
-TEST_F(TextureMultiMatch, entriesThatAreThere) {
-  const std::vector<MultiMatch> there(3, {{5, 6}, cv::Mat(1, 32, CV_8UC1, cv::Scalar(255)), 1, 2.0});
-  std::vector<MultiMatch> result = there;
-  EXPECT_EQ(textureMultiMatch(views, result, {}), 0);
-  const auto expected = literalMultiMatch(views, there, {});
-  ASSERT_EQ(result.size(), expected.size());
-  EXPECT_EQ(result[0].point, there[0].point);
-  EXPECT_EQ(result[0].maxDistance, expected[0].maxDistance);
 }
 
 }  // namespace

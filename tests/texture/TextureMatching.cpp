@@ -1,86 +1,75 @@
+#include <MirelAlgorithms/frame/internal/CpuVariant.h>
 #include <MirelAlgorithms/texture/TextureMatching.h>
 #include <gtest/gtest.h>
 #include <matching/MatchingInputs.h>
 #include <texture/LiteralTexture.h>
 #include <texture/TextureTest.h>
 
+#include <cmath>
 #include <cstdlib>
 
 namespace {
 
 using Matches = std::vector<cv::Vec3i>;
 
-TEST(TextureMatch, ratioAndAgreement) {
-  constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-  struct Case {
-    const char* what;
-    std::initializer_list<int> ones1, ones2;  // distances are their differences
-    double ratio;
-    Matches expected;
-  };
-  const Case cases[] = {
-      {"distinct both ways", {0, 100}, {10, 90, 500}, 0.8, {{0, 0, 10}, {1, 1, 10}}},
-      {"quotient 0.7 in single precision is below 0.7", {0, 400}, {70, 100}, 0.7, {{0, 0, 70}}},
-      {"quotient at the bound", {0, 300}, {50, 50}, 1.0, {}},
-      {"the first of two equal ones", {0, 300}, {50, 50}, 1.5, {{0, 0, 50}}},
-      {"0 / 0", {0, 0}, {0, 0}, 0.8, {{0, 0, 0}}},
-      {"no next nearest", {0}, {30}, 0.8, {}},
-      {"nearest alone", {0}, {30}, 0.0, {{0, 0, 30}}},
-      {"nearest alone, ratio below 0", {0}, {30}, -1.0, {{0, 0, 30}}},
-      {"nearest alone, no number", {0}, {30}, nan, {{0, 0, 30}}},
-      {"one direction alone", {0, 20}, {8, 100}, 0.0, {{0, 0, 8}}},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.what);
-    Matches matches{{7, 8, 9}}, expected = c.expected;
-    expected.insert(expected.begin(), cv::Vec3i(7, 8, 9));
-    EXPECT_EQ(textureMatch(descriptorsWithOnes(c.ones1), descriptorsWithOnes(c.ones2), matches,
-                           with(L"txmUniquenessRatio", c.ratio)),
-              0);
-    EXPECT_EQ(matches, expected);
-  }
-}
-
-TEST(TextureMatch, pairsOfBits) {
-  const cv::Mat one = (cv::Mat_<uchar>(1, 1) << 0), other = (cv::Mat_<uchar>(1, 1) << 7);
-  for (const auto& [points, distance] : {std::pair{2, 3}, {3, 2}, {4, 2}}) {
-    Matches matches;
-    textureMatch(one, other, matches, with(L"txmUniquenessRatio", 0.0, settingsOf({{L"txmORBWTA_K", points}})));
-    EXPECT_EQ(matches, Matches({{0, 0, distance}})) << points;
-  }
+// Few bits make many equal distances, and quotients that meet their bounds: 0.7 is less in single precision, 0 / 0 is
+// none.
+TEST(TextureMatch, agreesWithTheLiteralStepsOnEveryInstructionSet) {
+  Random random(3);
+  const std::tuple<int, int, int> sizes[] = {{1, 1, 7},   {1, 2, 13},   {2, 1, 8},     {2, 2, 33},    {3, 9, 2047},
+                                             {70, 1, 31}, {40, 37, 13}, {33, 512, 64}, {20, 1100, 32}};
+  std::size_t found = 0;
+  for (const CpuVariant variant : {CpuVariant::baseline, CpuVariant::avx2, CpuVariant::avx512})
+    for (const auto& [rows1, rows2, width] : sizes)
+      for (const double ratio : {0.8, 0.7, 1.0, 1.5, 0.0, -1.0, std::nan("")})
+        for (int round = 0; round < 6; ++round) {
+          limitCpuVariant(variant);
+          cv::Mat descriptors1 = randomDescriptors(random, static_cast<std::size_t>(rows1), width);
+          cv::Mat descriptors2 = randomDescriptors(random, static_cast<std::size_t>(rows2), width);
+          descriptors1 &= round % 2 ? 255 : 17;
+          descriptors2 &= round % 2 ? 255 : 17;
+          const Settings settings = with(L"txmUniquenessRatio", ratio, settingsOf({{L"txmORBWTA_K", 2 + round % 3}}));
+          Matches matches{{7, 8, 9}}, expected = matches;
+          for (const cv::DMatch& match : literal::agreedMatches(descriptors1, descriptors2, settings))
+            expected.emplace_back(match.queryIdx, match.trainIdx, static_cast<int>(match.distance));
+          EXPECT_EQ(textureMatch(descriptors1, descriptors2, matches, settings), 0);
+          EXPECT_EQ(matches, expected) << rows1 << " and " << rows2 << " rows of " << width << ", ratio " << ratio;
+          found += matches.size() - 1;
+        }
+  limitCpuVariant(CpuVariant::avx512);
+  EXPECT_GT(found, 2000u);
 }
 
 // Features with descriptors of their own, moved by a shift from one set to the other.
-struct Shifted {
-  Points points1, points2;
-  cv::Mat descriptors;
-
-  Shifted(int count, float dx, float dy) : descriptors(noise(count, 32, 5)) {
-    for (int i = 0; i < count; ++i) {
+TEST(TextureMatch, gatesAsByTheLiteralSteps) {
+  struct Case {
+    int count;
+    cv::Vec2f shift;
+    Settings settings;
+    std::size_t expected;
+    void (*change)(Points&, Points&) = [](Points&, Points&) {};
+  };
+  const auto outlier = [](Points& a, Points&) { a[5] += cv::Vec2f(20, 20); };
+  const auto withoutNumber = [](Points& a, Points&) { a[2][1] = notANumber; };
+  const auto oneSpot = [](Points& a, Points& b) { a = b = Points(8, {5, 5}); };
+  for (const Case& c :
+       {Case{8, {300, 400}, {}, 8}, Case{8, {300, 400.01f}, {}, 0}, Case{8, {3, 4}, with(L"txmMaxKeyDist", -5.0), 8},
+        Case{8, {3, 4}, with(L"txmMaxKeyDist", 4.9), 0}, Case{8, {3, 4}, with(L"txmMaxKeyDist", std::nan("")), 0},
+        Case{4, {3, 4}, {}, 0}, Case{5, {3, 4}, {}, 5}, Case{8, {3, 4}, {}, 7, outlier},
+        Case{8, {3, 4}, {}, 7, withoutNumber}, Case{8, {3, 4}, with(L"txmReprojectionError", 1000.0), 8, outlier},
+        Case{8, {0, 0}, {}, 0, oneSpot}}) {
+    const cv::Mat descriptors = noise(c.count, 32, 5);
+    Points points1, points2;
+    for (int i = 0; i < c.count; ++i) {
       points1.emplace_back(static_cast<float>(i * 37 % 101), static_cast<float>(i * i % 89));
-      points2.push_back(points1.back() + cv::Vec2f(dx, dy));
+      points2.push_back(points1.back() + c.shift);
     }
+    c.change(points1, points2);
+    Matches matches;
+    EXPECT_EQ(textureMatch(points1, descriptors, points2, descriptors, matches, c.settings), 0);
+    EXPECT_EQ(matches.size(), c.expected);
+    EXPECT_EQ(matches, literal::match(points1, descriptors, points2, descriptors, c.settings));
   }
-  std::size_t matches(const Settings& settings) {
-    Matches found;
-    EXPECT_EQ(textureMatch(points1, descriptors, points2, descriptors, found, settings), 0);
-    return found.size();
-  }
-};
-
-TEST(TextureMatch, gates) {
-  const auto within = [](double distance) { return with(L"txmMaxKeyDist", distance); };
-  EXPECT_EQ(Shifted(8, 300, 400).matches({}), 8u);
-  EXPECT_EQ(Shifted(8, 300, 400.01f).matches({}), 0u);
-  EXPECT_EQ(Shifted(8, 3, 4).matches(within(-5)), 8u);
-  EXPECT_EQ(Shifted(8, 3, 4).matches(within(-4.9)), 0u);
-  EXPECT_EQ(Shifted(4, 3, 4).matches({}), 0u);
-  EXPECT_EQ(Shifted(5, 3, 4).matches({}), 5u);
-
-  Shifted withOutlier(8, 3, 4);
-  withOutlier.points2[5] += cv::Vec2f(20, 20);
-  EXPECT_EQ(withOutlier.matches({}), 7u);
-  EXPECT_EQ(withOutlier.matches(with(L"txmReprojectionError", 1000.0)), 8u);
 }
 
 TEST(TextureExtractAndMatch, equalsTheLiteralSteps) {
@@ -109,17 +98,10 @@ extern "C" __attribute__((visibility("default"))) const char* __lsan_default_sup
 #endif
 
 #ifdef __linux__
-class Drawing : public testing::Test {
- protected:
-  Drawing() { unsetenv("QT_QPA_PLATFORM"); }
-  ~Drawing() override { setenv("QT_QPA_PLATFORM", "offscreen", 1); }
-
+TEST(TextureExtractAndMatch, drawsIntoMemory) {
+  setenv("QT_QPA_PLATFORM", "offscreen", 1);
   const cv::Mat image = scene(200, 220, 3);
   Points points1, points2;
-};
-
-TEST_F(Drawing, intoMemory) {
-  setenv("QT_QPA_PLATFORM", "offscreen", 1);
   cv::Mat deep;
   image.convertTo(deep, CV_16U, 256.0);
   EXPECT_THROW(textureExtractAndMatch(deep, image, points1, points2, settingsOf({{L"txmDraw", 1}})), cv::Exception);
