@@ -39,8 +39,7 @@ std::string sizes(const Mesh& mesh) {
 
 TEST(BadInput, MeshOperations) {
   struct Operation {
-    const char* name;
-    std::string function;
+    std::string name, function;
     void (*call)(Mesh&);
     bool alsoOfDeleted;
   };
@@ -54,40 +53,26 @@ TEST(BadInput, MeshOperations) {
       {"compact_mesh", "compact_mesh", [](Mesh& m) { m.compact_mesh(); }, false},
   };
   BadInput pairs("MeshSimplification");
-  for (const auto& [name, function, call, alsoOfDeleted] : operations) {
-    for (const int number : {-1, 4, INT_MAX, INT_MIN})
+  for (const Operation& operation : operations) {
+    for (const int number : {-1, 4})
       for (const int deleted : {0, 1}) {
         Mesh mesh = tetrahedron();
         mesh.vertices[0].tcount = mesh.triangles[1].deleted = 1;
         mesh.triangles[3].v[2] = number;
         mesh.triangles[3].deleted = deleted;
-        const std::string defect =
-            std::string(name) + ", vertex " + std::to_string(number) + (deleted ? ", deleted" : "");
-        if (deleted && !alsoOfDeleted)
-          pairs.expect(defect, "done", [&, call = call] { call(mesh); });
+        const std::string n = std::to_string(number), defect = operation.name + ", vertex " + n;
+        if (deleted && !operation.alsoOfDeleted)
+          pairs.expect(defect + ", deleted", "done", [&] { operation.call(mesh); });
         else
           pairs.expect(
-              defect,
-              refused + function + ": vertex number of a triangle: " + std::to_string(number) +
-                  " given, 0 to 3 expected",
-              [&, call = call] { call(mesh); }, bytesOf(mesh));
+              defect + (deleted ? ", deleted" : ""),
+              refused + operation.function + ": vertex number of a triangle: " + n + " given, 0 to 3 expected",
+              [&] { operation.call(mesh); }, bytesOf(mesh));
       }
-    Mesh withoutVertices = tetrahedron();
-    withoutVertices.vertices.clear();
-    pairs.expect(
-        std::string(name) + ", triangles without vertices",
-        refused + function + ": vertex number of a triangle: 0 given, 0 to -1 expected",
-        [&, call = call] { call(withoutVertices); }, bytesOf(withoutVertices));
-    pairs.expect(std::string(name) + ", empty mesh", "0 vertices, 0 triangles", [call = call] {
+    pairs.expect(operation.name + ", empty mesh", "0 vertices, 0 triangles", [&] {
       Mesh none;
-      call(none);
+      operation.call(none);
       return sizes(none);
-    });
-    pairs.expect(std::string(name) + ", places not numbers", "ends", [call = call] {
-      Mesh mesh = tetrahedron();
-      for (Vertex& vertex : mesh.vertices) vertex.p.y = std::nan("");
-      call(mesh);
-      return mesh.triangles.size() <= 4 ? "ends" : "more triangles";
     });
   }
   struct Target {
@@ -96,13 +81,10 @@ TEST(BadInput, MeshOperations) {
     double aggressiveness;
     const char* left;
   };
-  for (const Target& row : {Target{"target below 0", -1, 7, "0 vertices, 0 triangles"},
-                            Target{"least target", INT_MIN, 7, "0 vertices, 0 triangles"},
+  for (const Target& row : {Target{"least target", INT_MIN, 7, "0 vertices, 0 triangles"},
                             Target{"largest target", INT_MAX, 7, "3 vertices, 1 triangles"},
                             Target{"aggressiveness not a number", 0, std::nan(""), "3 vertices, 1 triangles"},
-                            Target{"aggressiveness 0", 0, 0, "0 vertices, 0 triangles"},
-                            Target{"aggressiveness without end", 0, HUGE_VAL, "0 vertices, 0 triangles"},
-                            Target{"aggressiveness -infinity", 0, -HUGE_VAL, "3 vertices, 1 triangles"}})
+                            Target{"aggressiveness without end", 0, HUGE_VAL, "0 vertices, 0 triangles"}})
     pairs.expect(row.defect, row.left, [&] {
       Mesh flat = tetrahedron();
       flat.triangles.resize(1);
@@ -113,8 +95,7 @@ TEST(BadInput, MeshOperations) {
 
 TEST(BadInput, MeshSteps) {
   struct Step {
-    const char* name;
-    const char* owner;
+    std::string name, owner;
     void (*call)(Mesh&, Marks&);
   };
   const Step steps[] = {
@@ -127,68 +108,50 @@ TEST(BadInput, MeshSteps) {
       {"update_uvs", "v", [](Mesh& m, Marks& marks) { m.update_uvs(0, m.vertices[0], {}, marks); }},
   };
   struct Fault {
-    const char* defect;
-    const char* text;  // after the owner of `tstart`, if it begins with a dot
+    std::string text;  // after the owner of `tstart`, if it begins with a dot
     void (*spoil)(Mesh&, Marks&);
   };
   const Fault faults[] = {
-      {"start below 0", ".tstart: -1 given, 0 to 9 expected", [](Mesh& m, Marks&) { m.vertices[0].tstart = -1; }},
-      {"start beyond the references", ".tstart: 10 given, 0 to 9 expected",
-       [](Mesh& m, Marks&) { m.vertices[0].tstart = 10; }},
-      {"largest start", ".tstart: 2147483647 given, 0 to 9 expected",
-       [](Mesh& m, Marks&) { m.vertices[0].tstart = INT_MAX; }},
-      {"largest count", ".tstart: 0 given, 0 to -2147483635 expected",
-       [](Mesh& m, Marks&) { m.vertices[0].tcount = INT_MAX; }},
-      {"no references", ".tstart: 0 given, 0 to -3 expected", [](Mesh& m, Marks&) { m.refs.clear(); }},
-      {"too few marks", "elements of deleted: 2 given, at least 3 expected",
-       [](Mesh&, Marks& marks) { marks.pop_back(); }},
-      {"no marks", "elements of deleted: 0 given, at least 3 expected", [](Mesh&, Marks& marks) { marks.clear(); }},
-      {"reference to no triangle", "triangle of a reference: 4 given, 0 to 3 expected",
-       [](Mesh& m, Marks&) { m.refs[1].tid = 4; }},
-      {"reference below 0", "triangle of a reference: -1 given, 0 to 3 expected",
-       [](Mesh& m, Marks&) { m.refs[2].tid = -1; }},
-      {"fourth corner", "corner of a reference: 3 given, 0 to 2 expected",
-       [](Mesh& m, Marks&) { m.refs[1].tvertex = 3; }},
-      {"corner below 0", "corner of a reference: -1 given, 0 to 2 expected",
-       [](Mesh& m, Marks&) { m.refs[0].tvertex = -1; }},
-      {"vertex beyond the list", "vertex number of a triangle: 4 given, 0 to 3 expected",
-       [](Mesh& m, Marks&) { m.triangles[0].v[1] = 4; }},
+      {".tstart: -1 given, 0 to 9", [](Mesh& m, Marks&) { m.vertices[0].tstart = -1; }},
+      {".tstart: 10 given, 0 to 9", [](Mesh& m, Marks&) { m.vertices[0].tstart = 10; }},
+      {".tstart: 0 given, 0 to -2147483635", [](Mesh& m, Marks&) { m.vertices[0].tcount = INT_MAX; }},
+      {"elements of deleted: 2 given, at least 3", [](Mesh&, Marks& marks) { marks.pop_back(); }},
+      {"triangle of a reference: 4 given, 0 to 3", [](Mesh& m, Marks&) { m.refs[1].tid = 4; }},
+      {"triangle of a reference: -1 given, 0 to 3", [](Mesh& m, Marks&) { m.refs[2].tid = -1; }},
+      {"corner of a reference: 3 given, 0 to 2", [](Mesh& m, Marks&) { m.refs[1].tvertex = 3; }},
+      {"corner of a reference: -1 given, 0 to 2", [](Mesh& m, Marks&) { m.refs[0].tvertex = -1; }},
+      {"vertex number of a triangle: 4 given, 0 to 3", [](Mesh& m, Marks&) { m.triangles[0].v[1] = 4; }},
   };
   Mesh whole = tetrahedron();
   whole.update_mesh(0);
   BadInput pairs("steps of MeshSimplification");
-  for (const auto& [name, owner, call] : steps)
-    for (const auto& [defect, text, spoil] : faults) {
+  for (const Step& step : steps)
+    for (const Fault& fault : faults) {
       Mesh mesh = whole;
       Marks marks(3, 0);
-      spoil(mesh, marks);
+      fault.spoil(mesh, marks);
+      const std::string defect = step.name + ": " + (fault.text[0] == '.' ? step.owner : "") + fault.text;
       pairs.expect(
-          std::string(name) + ", " + defect, refused + name + ": " + (*text == '.' ? owner : "") + text,
-          [&, call = call] { call(mesh, marks); }, bytesOf(mesh), marks);
+          defect, refused + defect + " expected", [&] { step.call(mesh, marks); }, bytesOf(mesh), marks);
     }
   Marks marks(3, 0);
   vec3f p{7, 8, 9};
   int count = 0;
-  pairs.keep(p, count, marks);
   const auto unchanged = bytesOf(whole);
-  for (const int number : {-1, 4, INT_MAX, INT_MIN}) {
-    const std::string found = ": " + std::to_string(number) + " given, 0 to 3 expected", n = std::to_string(number);
-    pairs.expect(
-        "id_v1 = " + n, refused + "calculate_error: id_v1" + found, [&] { return whole.calculate_error(number, 0, p); },
-        unchanged);
-    pairs.expect(
-        "id_v2 = " + n, refused + "calculate_error: id_v2" + found, [&] { return whole.calculate_error(0, number, p); },
-        unchanged);
-    pairs.expect(
-        "i0 = " + n, refused + "update_triangles: i0" + found,
-        [&] { whole.update_triangles(number, whole.vertices[0], marks, count); }, unchanged);
+  pairs.keep(p, count, marks, unchanged);
+  for (const int number : {-1, 4}) {
+    const std::string found = ": " + std::to_string(number) + " given, 0 to 3 expected";
+    pairs.expect("id_v1" + found, refused + "calculate_error: id_v1" + found,
+                 [&] { return whole.calculate_error(number, 0, p); });
+    pairs.expect("id_v2" + found, refused + "calculate_error: id_v2" + found,
+                 [&] { return whole.calculate_error(0, number, p); });
+    pairs.expect("i0" + found, refused + "update_triangles: i0" + found,
+                 [&] { whole.update_triangles(number, whole.vertices[0], marks, count); });
   }
-  pairs.expect(
-      "interpolate, null values", refused + "interpolate: attrs: null given, three values expected",
-      [&] { whole.interpolate(p, p, p, p, nullptr); }, unchanged);
-  pairs.expect(
-      "barycentric, triangle without area", "true", [&] { return !std::isfinite(whole.barycentric(p, p, p, p).x); },
-      unchanged);
+  pairs.expect("interpolate, null values", refused + "interpolate: attrs: null given, three values expected",
+               [&] { whole.interpolate(p, p, p, p, nullptr); });
+  pairs.expect("barycentric, triangle without area", "true",
+               [&] { return !std::isfinite(whole.barycentric(p, p, p, p).x); });
   pairs.expect("min, not a number", "true", [&] { return (whole.min)(std::nan(""), 2) == 2; });
   pairs.expect("trimwhitespace, null", "true", [&] { return whole.trimwhitespace(nullptr) == nullptr; });
 }
@@ -207,11 +170,9 @@ TEST(BadInput, load_obj) {
            (printed.empty() ? "" : ": " + printed);
   };
   const std::string empty = "0 vertices, 0 triangles, names kept";
-  pairs.expect("null", empty, [&] { return loaded(nullptr); });
-  pairs.expect("empty name", empty, [&] { return loaded(""); });
-  pairs.expect("folder", empty, [&] { return loaded(folder.c_str()); });
+  for (const char* name : {static_cast<const char*>(nullptr), "", folder.c_str()})
+    pairs.expect(name ? std::string("name '") + name + "'" : "null", empty, [&] { return loaded(name); });
   pairs.expect("no such file", empty + ": File " + missing + " not found!\n", [&] { return loaded(missing.c_str()); });
-  const std::string blanks(998, ' ');
   struct File {
     const char* defect;
     std::string text;
@@ -219,22 +180,12 @@ TEST(BadInput, load_obj) {
   };
   for (const File& file : {
            File{"empty file", "", 0, 0},
-           File{"only line ends", "\n\r\n\n", 0, 0},
            File{"a zero byte alone", std::string(1, '\0'), 0, 0},
-           File{"no final line end", "v 1 2 3", 1, 0},
-           File{"vertices of too few numbers", "v\nv \nv 1\nv 1 2\n", 0, 0},
-           File{"vertex numbers that do not parse", "v x 2 3\nv 1 - 3\nv 1 2 .\n", 0, 0},
            File{"33 digits", "v 111111111111111111111111111111111 0.000000000000000000000000000000001 1\n", 1, 0},
-           File{"numbers beyond double", "v 1e400 -1e400 1e-400\n", 1, 0},
-           File{"not numbers", "v nan inf -inf\n", 1, 0},
            File{"vertices outside the list", "v 1 2 3\nf 0 -1 99\nf -2147483648 2147483647 7\n", 1, 2},
            File{"vertex numbers beyond int", "f 99999999999 4294967297 1\n", 0, 1},
            File{"face of 17 corners", "f 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17\n", 0, 1},
            File{"texture coordinates that are not there", "f 1/9/1 2/0/1 3/-1/1\n", 0, 1},
-           File{"a line longer than a piece", "# " + blanks + "v 1 2 3\nv 4 5 6\n", 1, 0},
-           File{"zero bytes in lines", std::string("v 1 2 3\0 4\nv 1 \0 2 3\n", 21), 1, 0},
-           File{"mark of the byte order", "\xEF\xBB\xBFv 1 2 3\nv 4 5 6\n", 1, 0},
-           File{"other keywords", "vn 1 2 3\nvp 1 2\nl 1 2\np 1\ng\ns off\n", 0, 0},
        }) {
     const ObjFile onDisk(file.text);
     pairs.expect(
@@ -247,23 +198,9 @@ TEST(BadInput, load_obj) {
 TEST(BadInput, isReadableFace) {
   const std::string late = "f 1 2 " + std::string(1000, ' ') + "3", name(5000, 'f');
   BadInput pairs("isReadableFace");
-  const std::pair<const char*, const char*> lines[] = {{"null", nullptr},
-                                                       {"empty line", ""},
-                                                       {"keyword alone", "f"},
-                                                       {"one corner", "f 1\n"},
-                                                       {"two corners", "f 1 2\n"},
-                                                       {"no number", "f f"},
-                                                       {"point", "f ."},
-                                                       {"texture alone", "f 1/2 3/4 5/6"},
-                                                       {"texture alone with blanks", "f 1/ 2/ 3/"},
-                                                       {"broken last corner", "f 1//2 3//4 5/"},
-                                                       {"forms mixed", "f 1/2/3 4//5 6"},
-                                                       {"other keyword", "v 1 2 3"},
-                                                       {"blank first", " f 1 2 3"},
-                                                       {"third corner behind the piece", late.c_str()},
-                                                       {"5,000 letters", name.c_str()}};
-  for (const auto& [defect, line] : lines)
-    pairs.expect(defect, "false", [line = line] { return isReadableFace(line); });
+  const char* const lines[] = {nullptr,   "",         "f",          "f 1 2\n",   "f 1//2 3//4 5/",
+                               "v 1 2 3", " f 1 2 3", late.c_str(), name.c_str()};
+  for (const char* line : lines) pairs.expect(line ? line : "null", "false", [&] { return isReadableFace(line); });
 }
 
 }  // namespace

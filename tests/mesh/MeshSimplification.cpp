@@ -8,17 +8,6 @@
 namespace MirelAlgorithms {
 namespace {
 
-MeshSimplification meshOf(const std::vector<vec3f>& positions, const std::vector<std::vector<int>>& corners) {
-  MeshSimplification mesh;
-  for (const vec3f& p : positions) mesh.vertices.emplace_back().p = p;
-  for (const auto& v : corners) std::copy_n(v.begin(), 3, mesh.triangles.emplace_back().v);
-  return mesh;
-}
-
-MeshSimplification tetrahedron() {
-  return meshOf({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}}, {{0, 2, 1}, {0, 1, 3}, {1, 2, 3}, {2, 0, 3}});
-}
-
 enum Kind { grid, closed, soup, fan };
 
 // A height field; rows around an axis; triangles at random, with edges of many triangles and corners that coincide; the
@@ -80,7 +69,7 @@ TEST(MeshSimplification, wholeMeshesAsByTheLiteralForm) {
       for (const unsigned step : {0U, 1U}) {
         const bool lossless = (seed >> 2 & 1) == step;
         const double aggressiveness = aggressivenesses[seed % 3 ? 0 : seed / 3 % 6];
-        const int target = static_cast<int>(mesh.triangles.size()) * static_cast<int>(seed % 5) / 4 - 1;
+        const int target = static_cast<int>(mesh.triangles.size()) * static_cast<int>(seed % 6) / 4 - 1;
         const auto simplify = [&] {
           lossless ? mesh.simplify_mesh_lossless(true) : mesh.simplify_mesh(target, aggressiveness, true);
         };
@@ -140,52 +129,13 @@ TEST(MeshSimplification, sumsByHand) {
 // The position may be that of one of the ends: of equal errors the last still wins.
 TEST(MeshSimplification, errorIntoAVertexOfItsOwn) {
   for (const int end : {0, 1}) {
-    MeshSimplification mesh = meshOf({{0, 0, 0}, {2, 0, 0}}, {});
+    MeshSimplification mesh;
+    mesh.vertices.resize(2);
+    mesh.vertices[1].p.x = 2;
     mesh.vertices[0].q = {-1, 0, 0, 1, 0, 0, 0, 0, 0, -1};  // -(x - 1)^2
     EXPECT_EQ(mesh.calculate_error(0, 1, mesh.vertices[end].p), -1);
     EXPECT_EQ(mesh.vertices[end].p.x, 2);
   }
-}
-
-TEST(MeshSimplification, smallMeshesWithoutLoss) {
-  MeshSimplification solid = tetrahedron(), flat = meshOf({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, {{0, 1, 2}}), lossy = flat;
-  EXPECT_EQ(printed([&] { solid.simplify_mesh_lossless(true); }), "lossless iteration 0\n");
-  EXPECT_EQ(solid.triangles.size(), 4);
-  EXPECT_EQ(printed([&] { flat.simplify_mesh_lossless(true); }), "lossless iteration 0\nlossless iteration 1\n");
-  EXPECT_TRUE(flat.triangles.empty() && flat.vertices.empty());
-  lossy.simplify_mesh(0, 7, false);
-  EXPECT_TRUE(lossy.triangles.empty() && lossy.vertices.empty());
-}
-
-// All planes of an open cone meet in its tip: the edges there cost nothing, but join border and interior.
-TEST(MeshSimplification, borderAndInteriorStayApart) {
-  MeshSimplification cone = meshOf({{0, 0, 1}, {2, 0, 0}, {1, 1, 0}, {-1, 1, 0}, {-1, -1, 0}, {1, -1, 0}},
-                                   {{0, 1, 2}, {0, 2, 3}, {0, 3, 4}, {0, 4, 5}, {0, 5, 1}});
-  cone.update_mesh(0);  // so that errors see the border
-  cone.simplify_mesh_lossless(false);
-  EXPECT_EQ(cone.triangles.size(), 5);
-  EXPECT_LT(cone.triangles[0].err[0], 1e-16);
-  EXPECT_TRUE(cone.vertices[0].border == 0 && cone.vertices[1].border == 1);
-}
-
-TEST(MeshSimplification, thresholdsAsPrinted) {
-  MeshSimplification mesh = meshOf({{0, 0, 0}, {1, 0, 0}, {0, 1, std::nan("")}}, {{0, 1, 2}});
-  const std::string text = printed([&] { mesh.simplify_mesh(0, 7, true); });
-  EXPECT_TRUE(
-      text.starts_with("iteration 0 - triangles 1 threshold 2.187e-06\n"
-                       "iteration 5 - triangles 1 threshold 0.00209715\niteration 10 -"));
-  EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 20);
-}
-
-// Positions move, the rest stays with its place; references are left alone.
-TEST(MeshSimplification, targetAboveTheCountOnlyCompacts) {
-  MeshSimplification mesh = meshOf({{9, 9, 9}, {0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, {{1, 2, 3}});
-  mesh.triangles[0].deleted = mesh.triangles[0].dirty = mesh.vertices[0].border = 1;
-  EXPECT_EQ(printed([&] { mesh.simplify_mesh(1, 7, true); }), "");
-  ASSERT_EQ(mesh.vertices.size(), 3);
-  const Triangle& t = mesh.triangles[0];
-  EXPECT_TRUE(t.v[0] == 0 && t.v[1] == 1 && t.v[2] == 2 && t.dirty == 1 && t.deleted == 0);
-  EXPECT_TRUE(mesh.vertices[1].p.x == 1 && mesh.vertices[0].border == 1 && mesh.refs.empty());
 }
 
 }  // namespace

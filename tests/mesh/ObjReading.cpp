@@ -83,22 +83,6 @@ TEST(ObjReading, blocksJoinWithoutSeams) {
   for (int i = 0; i < 40000; ++i) ASSERT_TRUE(mesh.vertices[i].p.x == i && mesh.vertices[i].p.z == 1) << i;
 }
 
-TEST(ObjReading, everyPrefixIsRead) {
-  const std::string whole = "mtllib m\nusemtl a\nv 1.5 2 31\nvt 0.5 1\nf 1/1/1 1/1/1 1/1/1\nf 1//1 2//1 3//1\nf 1 2 3";
-  for (std::size_t length = 0; length <= whole.size(); ++length) {
-    const std::string text = whole.substr(0, length), last = text.substr(text.rfind('\n') + 1);
-    if (last.starts_with('f') && !isReadableFace(last.c_str())) continue;
-    MeshSimplification mesh;
-    mesh.load_obj(ObjFile(text).name(), true);
-    EXPECT_EQ(mesh.vertices.size(), length > 26);
-  }
-}
-
-TEST(ObjReading, readableFaces) {
-  for (const char* line : {"f 1 2 3", "f1// 2// 3//\n", "f 1//2 3//4 5//6", "f 1/2/3 4/5/6 7/8/9 1", "f 1 2 3 x"})
-    EXPECT_TRUE(isReadableFace(line)) << line;
-}
-
 #ifndef _WIN32
 TEST(ObjReadingDeathTest, otherFacesAreShownAndWaitedAt) {
   const ObjFile file("v 1 2 3\nf 1/1 2/2 3/3\nv 1 2 3\n");
