@@ -12,10 +12,6 @@ using namespace MirelAlgorithms;
 
 namespace {
 
-SmartPtr<AttrContainer> denseSettings(int mode, int window) {
-  return settingsOf({{L"smoothDenseMode", mode}, {L"smoothDenseRadius", window}});
-}
-
 // Either a slope with noise or only the extremes of the type; every `holes`-th pixel or so is 0. A view.
 cv::Mat depthImage(cv::Size size, bool harsh, int holes, std::uint64_t seed) {
   cv::RNG random(seed);
@@ -51,22 +47,12 @@ TEST(DenseDepth, EqualsTheLiteralSteps) {
           cv::Mat image = mode == 1 ? view.clone() : view;  // non-local means looks around views
           const cv::Mat wanted = literal(image, mode, width);
           cv::Mat out;
-          const auto settings = denseSettings(mode, width);
+          const auto settings = settingsOf({{L"smoothDenseMode", mode}, {L"smoothDenseRadius", width}});
           ASSERT_TRUE(smoothDenseZ16(image, out, settings));
           EXPECT_TRUE(same(out, wanted)) << size << " mode " << mode << " window " << width;
           ASSERT_TRUE(smoothDenseZ16(image, image, settings));
           EXPECT_TRUE(same(image, wanted)) << "in place, " << size << " mode " << mode << " window " << width;
         }
-}
-
-TEST(DenseDepth, AHoleGrowsToItsWindowByDefaultFive) {
-  for (const cv::Point hole : {cv::Point(10, 8), cv::Point(0, 15), cv::Point(19, 3)}) {
-    cv::Mat image(16, 20, CV_16UC1, cv::Scalar(700)), wanted = image.clone(), out;
-    image.at<ushort>(hole) = 0;
-    wanted(cv::Rect(hole.x - 2, hole.y - 2, 5, 5) & cv::Rect(0, 0, 20, 16)) = 0;
-    ASSERT_TRUE(smoothDenseZ16(image, out, {}));
-    EXPECT_TRUE(same(out, wanted)) << hole;
-  }
 }
 
 }  // namespace

@@ -146,63 +146,23 @@ TEST(SparsePoints, EqualsTheLiteralSteps) {
   for (const int method : {2, 3, 4, 5, 6}) EXPECT_GT(kept[method], 400) << method;
 }
 
-// There every rounding counts.
-TEST(SparsePoints, PointsAtBordersOfCells) {
-  cv::RNG random(11);
-  for (int cloud = 0; cloud < 200; ++cloud) {
-    const cv::Mat points = randomPoints(1500, 0, 0.15f, random, true);
-    cv::Mat out;
-    smoothSparse3D(points, out, sparseSettings(0x3000, 100, 0));
-    EXPECT_TRUE(same(out, literal(points, 0x3000, 100))) << "cloud " << cloud;
-  }
-}
-
-// Numbers that are none, or not finite, or all equal, in the columns of places, of positions and of values.
+// At borders of cells every rounding counts.
 TEST(SparsePoints, HostilePointsAreTakenAsTheyAre) {
   cv::RNG random(8);
+  const auto expectLiteral = [](const cv::Mat& points, int mode, int mostPoints) {
+    cv::Mat out;
+    smoothSparse3D(points, out, sparseSettings(mode, mostPoints, 0));
+    EXPECT_TRUE(same(out, literal(points, mode, mostPoints))) << "mode " << mode;
+  };
+  for (int cloud = 0; cloud < 200; ++cloud) expectLiteral(randomPoints(1500, 0, 0.15f, random, true), 0x3000, 100);
   for (const float hostile : {notANumber, infinity, -infinity, 0.1f})
     for (const int column : {0, 1, 2, 3})
       for (const int share : {1, 9, 200}) {
+        SCOPED_TRACE(testing::Message() << hostile << " in " << column << ", every " << share);
         cv::Mat points = randomPoints(500, 0, 0.15f, random);
         for (int i = share - 1; i < points.rows; i += share) points.at<float>(i, column) = hostile;
-        for (const int mode : {0x2000, 0x3000, 0x4000}) {
-          cv::Mat out;
-          smoothSparse3D(points, out, sparseSettings(mode, 30, 0));
-          EXPECT_TRUE(same(out, literal(points, mode, 30))) << hostile << " in " << column << ", mode " << mode;
-        }
+        for (const int mode : {0x2000, 0x3000, 0x4000}) expectLiteral(points, mode, 30);
       }
-}
-
-// One far point sets the grid; all others share its first cell.
-TEST(SparsePoints, LimitsOfACell) {
-  struct Case {
-    const char* name;
-    std::vector<float> values;
-    float spread2, spread3;
-    std::vector<int> all, second;
-  };
-  const Case cases[] = {
-      {"five rows", {1, 1, 1, 1, 1}, 0, 0, {}, {}},
-      {"six equal rows", {.1f, .1f, .1f, .1f, .1f, .1f}, 0, 0, {0, 1, 2, 3, 4, 5}, {1, 3, 5}},
-      {"one qualifies", {.1f, .1f, 0, .1f, .1f, .1f}, 0, 0, {2}, {}},
-      {"three qualify", {0, .1f, 0, .1f, 0, .1f}, .2f - .01f, .1f, {0, 2, 4}, {2}},
-      {"wide values", {0, .25f, 0, .25f, 0, .25f}, 0, 0, {}, {}},
-      {"wide positions", {1, 1, 1, 1, 1, 1}, .25f, .25f, {}, {}},
-      {"uneven positions", {1, 1, 1, 1, 1, 1}, .15f, .01f, {}, {}},
-  };
-  for (const Case& c : cases) {
-    cv::Mat points(0, 5, CV_32FC1);
-    for (const float value : c.values) points.push_back(cv::Mat(cv::Matx<float, 1, 5>(0, 0, 0, 0, value)));
-    points.at<float>(0, 2) = c.spread2;
-    points.at<float>(0, 3) = c.spread3;
-    points.push_back(cv::Mat(cv::Matx<float, 1, 5>(10, 10, 0, 0, 0)));
-    for (const auto& [mode, rows] : {std::pair(0x3000, c.all), {0x4123, c.second}}) {
-      cv::Mat out, wanted;
-      for (const int row : rows) wanted.push_back(points.row(row));
-      smoothSparse3D(points, out, sparseSettings(mode, 4, 1));
-      EXPECT_TRUE(same(out, wanted)) << c.name << ", mode " << mode;
-    }
-  }
 }
 
 // Bytes of another type are read as floats, from rows at any address.
