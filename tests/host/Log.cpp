@@ -28,25 +28,18 @@ TEST(Log, RecordHoldsTheCall) {
   const LogCapture capture(1);
   log("File.cpp", 42u, "space::function", 1, L"LUMA  %d/%d, %hs, 0x%x", -8, INT_MAX, "narrow", 0xdeadbeefu);
   ASSERT_EQ(capture.records.size(), 1u);
-  const LogRecord& record = capture.records[0];
+  const LogRecord record = capture.records[0];
   EXPECT_STREQ(record.file, "File.cpp");
   EXPECT_EQ(record.line, 42u);
   EXPECT_STREQ(record.function, "space::function");
   EXPECT_EQ(record.level, 1);
   EXPECT_EQ(record.message, L"LUMA  -8/2147483647, narrow, 0xdeadbeef");
-}
 
-TEST(Log, LongMessagesStayWhole) {
-  const LogCapture capture(1);
   for (const std::size_t length : {0u, 254u, 255u, 256u, 1u << 20}) {
     log("", 0, "", 1, L"%ls!", std::wstring(length, L'x').c_str());
     EXPECT_EQ(capture.records.back().message, std::wstring(length, L'x') + L'!');
   }
-}
-
-TEST(Log, NarrowTextThatTheLocaleDoesNotKnowLeavesTheFormat) {
-  const LogCapture capture(1);
-  log("", 0, "", 1, L"lambda %hs", "\xff\xfe");
+  log("", 0, "", 1, L"lambda %hs", "\xff\xfe");  // no text in this locale
   EXPECT_EQ(capture.records.back().message, L"lambda %hs");
 }
 
