@@ -4,12 +4,11 @@
 #include <algorithm>
 #include <cstdlib>
 #include <string>
+#include <utility>
 
 using namespace MirelAlgorithms;
 
 namespace {
-
-constexpr CpuVariant variants[] = {CpuVariant::baseline, CpuVariant::avx2, CpuVariant::avx512};
 
 void setVariable(const std::string& value) {
 #if defined(_WIN32)
@@ -19,37 +18,24 @@ void setVariable(const std::string& value) {
 #endif
 }
 
-TEST(CpuVariant, LimitsNarrowAndNeverWiden) {
-  limitCpuVariant(CpuVariant::avx512);
-  const CpuVariant widest = cpuVariant();
-  for (const CpuVariant limit : variants) {
-    limitCpuVariant(limit);
-    EXPECT_EQ(cpuVariant(), std::min(limit, widest));
-  }
-  EXPECT_EQ(cpuVariant(), widest);
-}
-
-TEST(CpuVariant, EnvironmentHasTheLastWord) {
+TEST(CpuVariant, IsTheNarrowestOfMachineEnvironmentAndLimit) {
+  const std::pair<CpuVariant, const char*> variants[] = {
+      {CpuVariant::baseline, "baseline"}, {CpuVariant::avx2, "avx2"}, {CpuVariant::avx512, "avx512"}};
   const char* const given = std::getenv("MIREL_CPU");
   const std::string before = given ? given : "";
   setVariable("unheard of");
   limitCpuVariant(CpuVariant::avx512);
-  const CpuVariant widest = cpuVariant();
-  for (const CpuVariant wish : variants) {
-    setVariable(name(wish));
-    limitCpuVariant(CpuVariant::avx512);
-    EXPECT_EQ(cpuVariant(), std::min(wish, widest));
-    limitCpuVariant(CpuVariant::baseline);
-    EXPECT_EQ(cpuVariant(), CpuVariant::baseline);
+  const CpuVariant machine = cpuVariant();
+  for (const auto& [wish, text] : variants) {
+    EXPECT_STREQ(name(wish), text);
+    setVariable(text);
+    for (const auto& [limit, other] : variants) {
+      limitCpuVariant(limit);
+      EXPECT_EQ(cpuVariant(), std::min({machine, wish, limit})) << text << ", " << other;
+    }
   }
   setVariable(before);
   limitCpuVariant(CpuVariant::avx512);
-}
-
-TEST(CpuVariant, Names) {
-  EXPECT_STREQ(name(CpuVariant::baseline), "baseline");
-  EXPECT_STREQ(name(CpuVariant::avx2), "avx2");
-  EXPECT_STREQ(name(CpuVariant::avx512), "avx512");
 }
 
 }  // namespace

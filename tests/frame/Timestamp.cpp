@@ -38,15 +38,4 @@ TEST(Timestamp, MillisecondsMoveInWholeSecondsOfTheSameClock) {
   EXPECT_LE(static_cast<double>(milliseconds), after * 1000.0);
 }
 
-TEST(Timestamp, NeverGoesBack) {
-  const double start = timestamp();
-  double last = start;
-  for (int i = 0; i < 10000; ++i) {
-    const double now = timestamp();
-    ASSERT_GE(now, last);
-    last = now;
-  }
-  EXPECT_GT(last, start);
-}
-
 }  // namespace
