@@ -59,13 +59,6 @@ cv::Mat boxes(int rows, int cols) {
   return image;
 }
 
-cv::Mat gradient(int rows, int cols) {
-  cv::Mat image(rows, cols, CV_8UC1);
-  for (int y = 0; y < rows; ++y)
-    for (int x = 0; x < cols; ++x) image.at<uchar>(y, x) = cv::saturate_cast<uchar>(2 * x + y);
-  return image;
-}
-
 TEST(CellDetector, equalsMaskedDetection) {
   struct Case {
     cv::Mat image;
@@ -79,7 +72,6 @@ TEST(CellDetector, equalsMaskedDetection) {
                         {boxOnBorder(), {2}, 5},
                         {noise(120, 140, 0, 256), {3}, 400},
                         {noise(70, 64, 100, 102), {4}, 50},
-                        {gradient(100, 120), {3}, 0},
                         {cv::Mat(90, 90, CV_8UC1, cv::Scalar(77)), {3}, 0},
                         {noise(17, 9, 0, 256), {1, 3}, 5}};
   const int threads = cv::getNumThreads();
@@ -127,27 +119,6 @@ TEST(CellDetector, otherDetectors) {
       cv::GFTTDetector::create(1000, 0.01, 6.0, 3), cv::GFTTDetector::create(1000, 0.01, 1.0, 3, true, 0.04),
       cv::FastFeatureDetector::create()};
   for (const auto& detector : detectors) EXPECT_GT(compareCells(image, *detector, 3), 20u);
-}
-
-// The mask itself, scaled down as ORB does.
-TEST(OrbPyramid, whitePartIsWhatStaysWhite) {
-  cv::RNG random(14);
-  for (const float scaleFactor : {1.2f, 1.03f, 1.5f, 2.0f, 2.6f, 3.0f})
-    for (int trial = 0; trial < 300; ++trial) {
-      const cv::Size size(random.uniform(110, 200), random.uniform(110, 200));
-      const cv::Rect cell(random.uniform(0, 60), random.uniform(0, 60), random.uniform(1, 50), random.uniform(1, 50));
-      SCOPED_TRACE(testing::Message() << size << ", scale factor " << scaleFactor << ", cell " << cell);
-      cv::Mat mask(size, CV_8UC1, cv::Scalar(0));
-      mask(cell) = 255;
-      for (const OrbLevel& level :
-           makeOrbPyramid(*cv::ORB::create(500, scaleFactor, 4), cv::Mat(size, CV_8UC1, cv::Scalar(0)))) {
-        cv::resize(mask, mask, level.image.size(), 0, 0, cv::INTER_LINEAR_EXACT);
-        cv::threshold(mask, mask, 254, 0, cv::THRESH_TOZERO);
-        cv::Mat expected(mask.size(), CV_8UC1, cv::Scalar(0));
-        expected(whitePart(level, cell)) = 255;
-        ASSERT_EQ(cv::countNonZero(mask != expected), 0) << level.image.size();
-      }
-    }
 }
 
 }  // namespace

@@ -10,16 +10,12 @@
 
 #include <cmath>
 #include <cstdint>
-#include <limits>
 #include <opencv2/imgproc.hpp>
 
 namespace MirelAlgorithms {
 namespace {
 
 using Element = cv::Vec<float, 5>;
-
-constexpr float infinity = std::numeric_limits<float>::infinity();
-constexpr float nan = std::numeric_limits<float>::quiet_NaN();
 
 cv::Mat matrixOf(const std::vector<Element>& elements) { return cv::Mat(elements, true); }
 
@@ -32,8 +28,8 @@ std::vector<Element> positionsAround(const cv::Mat& image, std::uint64_t seed) {
   for (int i = 0; i < 100; ++i)
     features.emplace_back(random.uniform(-80.0f, image.cols + 80.0f), random.uniform(-80.0f, image.rows + 80.0f), 0, 0,
                           0);
-  for (const float x : {-0.9f, 0.0f, image.cols - 0.1f, 3000.0f, 2147483520.0f, 2147483648.0f, -3e9f, infinity, nan})
-    for (const float y : {-0.9f, 0.0f, image.rows - 0.1f, -24.0f, 2147483520.0f, -2147483648.0f, 1e30f, nan})
+  for (const float x : {-0.9f, 0.0f, image.cols - 0.1f, 3000.0f, 2147483520.0f, 2147483648.0f, -3e9f, INFINITY, NAN})
+    for (const float y : {-0.9f, 0.0f, image.rows - 0.1f, -24.0f, 2147483520.0f, -2147483648.0f, 1e30f, NAN})
       features.emplace_back(x, y, 0, 0, 0);
   return features;
 }

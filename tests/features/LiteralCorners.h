@@ -193,37 +193,32 @@ inline std::vector<cv::KeyPoint> candidates(const cv::Mat_<float>& map, const st
 
 // Selection ----------------------------------------------------------------------------------------------------------
 
-class Cells {
- public:
-  Cells(int side, const cv::Size& image) : side_(side), image_(image), counts_(side * side) {}
-
-  /// The counter of the cell that a point lies in, null outside the grid.
-  int* at(const cv::Point2f& p) {
-    const int row = static_cast<int>(static_cast<float>(side_) * p.y / static_cast<float>(image_.height));
-    const int column = static_cast<int>(static_cast<float>(side_) * p.x / static_cast<float>(image_.width));
-    const int cell = row * side_ + column;
-    return cell >= 0 && cell < side_ * side_ ? &counts_[cell] : nullptr;
+/// The first of a list, up to the budget and to its share for each cell.
+template <class Eligible>
+std::vector<cv::KeyPoint> take(const std::vector<cv::KeyPoint>& sorted, const cv::Size& image, int side, int budget,
+                               const Eligible& eligible) {
+  const int quota = budget / side / side;
+  std::vector<int> counts(side * side);
+  std::vector<cv::KeyPoint> taken;
+  for (const cv::KeyPoint& k : sorted) {
+    const int row = static_cast<int>(static_cast<float>(side) * k.pt.y / static_cast<float>(image.height));
+    const int column = static_cast<int>(static_cast<float>(side) * k.pt.x / static_cast<float>(image.width));
+    const int cell = row * side + column;
+    if (cell < 0 || cell >= side * side || counts[cell] >= quota || !eligible(k, counts[cell], quota)) continue;
+    ++counts[cell];
+    taken.push_back(k);
+    if (static_cast<int>(taken.size()) >= budget) break;
   }
-
- private:
-  int side_;
-  cv::Size image_;
-  std::vector<int> counts_;
-};
+  return taken;
+}
 
 inline double meanOfPass(const std::vector<cv::KeyPoint>& sorted, const cv::Size& image, int side, int budget,
                          double least) {
-  Cells cells(side, image);
   double sum = 0.0;
-  int taken = 0;
-  for (const cv::KeyPoint& k : sorted) {
-    int* count = cells.at(k.pt);
-    if (!count || !(k.response >= least) || *count >= budget / side / side) continue;
-    ++*count;
-    sum += k.response;
-    if (++taken >= budget) break;
-  }
-  return taken != 0 ? sum / taken : 0.0;
+  const auto taken =
+      take(sorted, image, side, budget, [&](const cv::KeyPoint& k, int, int) { return k.response >= least; });
+  for (const cv::KeyPoint& k : taken) sum += k.response;
+  return taken.empty() ? 0.0 : sum / static_cast<double>(taken.size());
 }
 
 inline std::vector<cv::KeyPoint> select(const std::vector<cv::KeyPoint>& sorted, const cv::Size& image,
@@ -233,17 +228,9 @@ inline std::vector<cv::KeyPoint> select(const std::vector<cv::KeyPoint>& sorted,
     const double mean = meanOfPass(sorted, image, s.cells, 8 * s.budget, -HUGE_VAL);
     threshold = meanOfPass(sorted, image, s.cells, 8 * s.budget / 2, mean);
   }
-  Cells cells(s.cells, image);
-  const int quota = s.budget / s.cells / s.cells;
-  std::vector<cv::KeyPoint> selected;
-  for (const cv::KeyPoint& k : sorted) {
-    int* count = cells.at(k.pt);
-    if (!count || *count >= quota || !(k.response >= threshold || *count <= quota / 3)) continue;
-    ++*count;
-    selected.push_back(k);
-    if (static_cast<int>(selected.size()) >= s.budget) break;
-  }
-  return selected;
+  return take(sorted, image, s.cells, s.budget, [&](const cv::KeyPoint& k, int count, int quota) {
+    return k.response >= threshold || count <= quota / 3;
+  });
 }
 
 }  // namespace literal

@@ -5,6 +5,7 @@
 #include <opencv2/core.hpp>
 #include <stdexcept>
 
+#include "LiteralCorners.h"
 #include "support/ThrownText.h"
 
 namespace MirelAlgorithms {
@@ -39,34 +40,20 @@ TEST(SingleMaximum, isStrictlyAboveEveryOtherValueOfTheWindow) {
   }
 }
 
+// The weights of the window of 5 are those in the middle of the window of 7.
 TEST(WeightedMaximum, needsAMarginThatGrowsWithTheDistance) {
-  const char* const margins5 =
-      "22222"
-      "21101"
-      "21001"
-      "21001"
-      "21111";
-  const char* const margins7 =
-      "3333333"
-      "3222222"
-      "3211012"
-      "3210012"
-      "3210012"
-      "3211112"
-      "3222222";
-  for (const int size : {5, 7}) {
-    const char* margin = size == 5 ? margins5 : margins7;
-    const double epsilon = 1.0 / 4096.0;
+  constexpr double epsilon = 1.0 / 4096.0;
+  for (const int size : {5, 7})
     for (int dy = -(size / 2); dy <= size / 2; ++dy)
-      for (int dx = -(size / 2); dx <= size / 2; ++dx, ++margin) {
+      for (int dx = -(size / 2); dx <= size / 2; ++dx) {
         if (dy == 0 && dx == 0) continue;
         Peak peak(size);
-        for (int m = 0; m <= 4; ++m) {
-          peak.at(dy, dx) = static_cast<float>(1.0 - m * epsilon);
-          EXPECT_EQ(peak.weighted(epsilon), m >= *margin - '0') << size << ": " << dy << ' ' << dx << ' ' << m;
+        for (int margin = 0; margin <= 4; ++margin) {
+          peak.at(dy, dx) = static_cast<float>(1.0 - margin * epsilon);
+          EXPECT_EQ(peak.weighted(epsilon), margin >= literal::weights[dy + 3][dx + 3])
+              << size << ": " << dy << ' ' << dx;
         }
       }
-  }
 }
 
 TEST(WeightedMaximum, refusesOtherTypes) {
