@@ -1,13 +1,9 @@
 #include <MirelAlgorithms/frame/internal/CpuVariant.h>
 #include <MirelAlgorithms/matching/internal/PivotedQr.h>
+#include <filters/SameBits.h>
 #include <gtest/gtest.h>
 
 #include <Eigen/Dense>
-#include <bit>
-#include <cmath>
-#include <cstdint>
-#include <limits>
-#include <random>
 
 using namespace MirelAlgorithms;
 
@@ -43,10 +39,6 @@ System randomSystem(std::mt19937& random, int kind) {
     a(random() % rows, random() % cols) = values[random() % 4];
   }
   return system;
-}
-
-bool sameBits(double a, double b) {
-  return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b) || (std::isnan(a) && std::isnan(b));
 }
 
 TEST(PivotedQr, EqualsEigenBitForBit) {
