@@ -105,17 +105,17 @@ TEST(MotionEstimate, FloatsGiveWhatTheSameDoublesGive) {
   std::vector<cv::Vec2f> from, to;
   Points from64, to64;
   for (const SVec2d& p : randomPoints(random, 30)) {
-    from.emplace_back(static_cast<float>(p.x), static_cast<float>(p.y));
-    to.emplace_back(static_cast<float>(p.x * 0.9 + 7.0), static_cast<float>(p.y * 0.9));
+    from.emplace_back(cv::Vec2d(p.x, p.y));
+    to.emplace_back(cv::Vec2d(p.x * 0.9 + 7.0, p.y * 0.9));
     from64.emplace_back(from.back()[0], from.back()[1]);
     to64.emplace_back(to.back()[0], to.back()[1]);
   }
   const MotionEstimate motion = MotionEstimate::estimate(from, to, {});
   const MotionEstimate expected = MotionEstimate::estimate(from64, to64, {});
-  for (int i = 0; i < 9; ++i) EXPECT_EQ(motion.matrix[i], expected.matrix[i]);
+  EXPECT_TRUE(std::equal(motion.matrix, motion.matrix + 9, expected.matrix));
   EXPECT_EQ(motion.meanInlierResidual, expected.meanInlierResidual);
   const SVec2d there = motion.apply(SVec2d(77.0, 99.0));
-  EXPECT_EQ(motion.apply(cv::Vec2f(77.0f, 99.0f)), cv::Vec2f(static_cast<float>(there.x), static_cast<float>(there.y)));
+  EXPECT_EQ(motion.apply(cv::Vec2f(77.0f, 99.0f)), cv::Vec2f(cv::Vec2d(there.x, there.y)));
 }
 
 TEST(MotionEstimate, ResetIsNoMotion) {
