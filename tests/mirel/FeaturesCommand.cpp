@@ -1,4 +1,5 @@
 #include "ToolTest.h"
+#include "output/Digest.h"
 
 #include <support/Xfeatures2d.h>
 #include <opencv2/core.hpp>
@@ -7,17 +8,9 @@ namespace {
 
 using FeaturesCommand = ToolTest;
 
-std::string hexadecimal(const cv::Mat& row) {
-  std::string text;
-  for (int i = 0; i < row.cols; ++i) text += cv::format("%02x", row.at<uchar>(0, i));
-  return text;
-}
-
 TEST_F(FeaturesCommand, filesAndNumbersAgree) {
   write("a.png", texture(0, 0));
-  const ToolResult result = run("features a.png --out out --json --set FBMnFeatures=90 --descriptors d.yml.gz");
-  ASSERT_EQ(result.status, 0) << result.errors;
-  const nlohmann::json numbers = result.json();
+  const nlohmann::json numbers = resultOf("features a.png --out out --set FBMnFeatures=90 --descriptors d.yml.gz");
   EXPECT_EQ(numbers["schema"], 1);
   EXPECT_EQ(numbers["kept"], 90);
   EXPECT_EQ(numbers["least_per_cell"], 10);
@@ -28,7 +21,7 @@ TEST_F(FeaturesCommand, filesAndNumbersAgree) {
   ASSERT_EQ(csv.size(), 91u);
   EXPECT_EQ(csv[0], (std::vector<std::string>{"x_px", "y_px", "size_px", "angle", "response", "descriptor_hex"}));
   cv::Mat features, descriptors;
-  cv::FileStorage storage(path("d.yml.gz").string(), cv::FileStorage::READ);
+  cv::FileStorage storage("d.yml.gz", cv::FileStorage::READ);
   storage["features"] >> features;
   storage["descriptors"] >> descriptors;
   EXPECT_EQ(static_cast<int>(storage["width"]), 320);
@@ -36,7 +29,7 @@ TEST_F(FeaturesCommand, filesAndNumbersAgree) {
   ASSERT_EQ(descriptors.rows, 90);
   for (int i = 0; i < 90; ++i) {
     for (int k = 0; k < 5; ++k) EXPECT_EQ(std::stof(csv[i + 1][k]), features.at<float>(i, k)) << i;
-    EXPECT_EQ(csv[i + 1][5], hexadecimal(descriptors.row(i))) << i;
+    EXPECT_EQ(csv[i + 1][5], mirel::hexadecimal({descriptors.ptr<char>(i), descriptors.step[0]})) << i;
   }
 }
 
@@ -78,47 +71,40 @@ TEST_F(FeaturesCommand, cellsAndCountsAreThoseOfTheDetector) {
   EXPECT_EQ(result("2", "")["quota_per_cell"], 2000 / 49);
 }
 
-TEST_F(FeaturesCommand, standardInputIsAnImageToo) {
-  write("a.png", texture(0, 0));
-  ASSERT_EQ(run("features a.png --out file --quiet").status, 0);
-  ASSERT_EQ(run("features - --out input --quiet <a.png").status, 0);
-  EXPECT_EQ(read("file/features.csv"), read("input/features.csv"));
-}
-
 TEST_F(FeaturesCommand, nothingFoundIsStatus1) {
   write("flat.png", cv::Mat(120, 160, CV_8U, cv::Scalar(128)));
-  const ToolResult result = run("features flat.png --out out --quiet");
-  EXPECT_EQ(result.status, 1);
-  EXPECT_EQ(result.errorLines(), 1);
+  resultOfNothing("features flat.png --out out", "no feature was found");
   EXPECT_EQ(readCsv("out/features.csv").size(), 1u);
   write("a.png", texture(0, 0));
-  const ToolResult quota = run("features a.png --json --set FBMnFeatures=8");
-  EXPECT_EQ(quota.status, 1);
-  EXPECT_NE(quota.errors.find("the quota of a cell is 0"), std::string::npos) << quota.errors;
-  EXPECT_GT(quota.json()["found"], 100);
+  const nlohmann::json quota = resultOfNothing("features a.png --set FBMnFeatures=8", "the quota of a cell is 0");
+  EXPECT_GT(quota["found"], 100);
   const nlohmann::json fine = run("features a.png --json --set FBMnCells=50000").json();
-  EXPECT_EQ(fine["found"], quota.json()["found"]);
+  EXPECT_EQ(fine["found"], quota["found"]);
   EXPECT_EQ(fine["cell_columns"], 50000);
   EXPECT_TRUE(fine["cells"].empty());
 }
 
 TEST_F(FeaturesCommand, dumpsOfTheLibraryGoToTheFolderOfResults) {
   write("a.png", texture(0, 0));
-  ASSERT_EQ(run("features a.png --out out --quiet --set FBMWriteEigenvals=true").status, 0);
+  expectSuccess("features a.png --out out --set FBMWriteEigenvals=true");
   const std::string dump = read("out/eigenVals_f.txt");
   EXPECT_EQ(std::count(dump.begin(), dump.end(), '\n'), 320 * 240);
 }
 
-TEST_F(FeaturesCommand, colourAndDeepImagesBecomeGrey) {
+TEST_F(FeaturesCommand, imagesOfAnyKindBecomeGrey) {
   const cv::Mat grey = texture(0, 0);
-  cv::Mat colour, deep;
+  cv::Mat colour, alpha, deep;
   cv::cvtColor(grey, colour, cv::COLOR_GRAY2BGR);
+  cv::cvtColor(grey, alpha, cv::COLOR_GRAY2BGRA);
   grey.convertTo(deep, CV_16U, 256);
-  const std::pair<const char*, cv::Mat> images[] = {{"grey.png", grey}, {"colour.png", colour}, {"deep.png", deep}};
-  for (const auto& [name, image] : images) {
-    write(name, image);
-    ASSERT_EQ(run(std::string("features ") + name + " --quiet --out " + name + ".out").status, 0) << name;
-    EXPECT_EQ(read(std::string(name) + ".out/features.csv"), read("grey.png.out/features.csv")) << name;
+  write("grey.png", grey);
+  write("colour.png", colour);
+  write("alpha.png", alpha);
+  write("deep.png", deep);
+  expectSuccess("features grey.png --out expected");
+  for (const std::string input : {"colour.png", "alpha.png", "deep.png", "- <grey.png"}) {
+    expectSuccess("features --out out " + input);
+    EXPECT_EQ(read("out/features.csv"), read("expected/features.csv")) << input;
   }
 }
 

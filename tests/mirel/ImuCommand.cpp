@@ -4,6 +4,7 @@
 #include <MirelAlgorithms/filters/Butterworth.h>
 #include <MirelAlgorithms/filters/MayhonyAHRS.h>
 
+#include <Eigen/Geometry>
 #include <cmath>
 
 namespace {
@@ -38,22 +39,19 @@ std::vector<Sample> restAndTurn(int count, double noise) {
   return samples;
 }
 
-class ImuCommand : public ToolTest {
- protected:
-  /// Cells of a row as floats.
-  static cv::Vec3f vector(const std::vector<std::string>& row, std::size_t at) {
-    return {std::stof(row[at]), std::stof(row[at + 1]), std::stof(row[at + 2])};
-  }
-};
+/// Three cells of a row.
+cv::Vec3f vector(const std::vector<std::string>& row, std::size_t at) {
+  return {std::stof(row[at]), std::stof(row[at + 1]), std::stof(row[at + 2])};
+}
+
+using ImuCommand = ToolTest;
 
 TEST_F(ImuCommand, theTableIsTheLibraryCalledSampleBySample) {
   const std::vector<Sample> samples = restAndTurn(1200, 0.004);
   write("log.csv", csv(samples));
-  const ToolResult result = run("imu log.csv --out out --json --band 1 20 --standstill 0.05");
-  ASSERT_EQ(result.status, 0) << result.errors;
+  const double weight = resultOf("imu log.csv --out out --band 1 20 --standstill 0.05")["gravity_m_s2"];
   const auto table = readCsv("out/attitude.csv");
   ASSERT_EQ(table.size(), samples.size() + 1);
-  const auto weight = result.json()["gravity_m_s2"].get<double>();
 
   MirelAlgorithms::MayhonyAHRS attitude(0.6f, 0.15f, 0.05f);
   MirelAlgorithms::ButterworthBandpass band[3];
@@ -83,13 +81,11 @@ TEST_F(ImuCommand, theTableIsTheLibraryCalledSampleBySample) {
       integrator.reset();
       ASSERT_EQ(vector(row, 16), cv::Vec3f()) << i;
     } else {
-      // q a q* by the rotation matrix of the quaternion, up to rounding.
-      const double x = q[0], y = q[1], z = q[2], w = q[3];
-      const cv::Matx33d rotation(1 - 2 * (y * y + z * z), 2 * (x * y - w * z), 2 * (x * z + w * y), 2 * (x * y + w * z),
-                                 1 - 2 * (x * x + z * z), 2 * (y * z - w * x), 2 * (x * z - w * y), 2 * (y * z + w * x),
-                                 1 - 2 * (x * x + y * y));
-      const cv::Vec3d world = rotation * cv::Vec3d(s.accel) - cv::Vec3d(0, 0, weight);
-      integrator.update(cv::Vec3f(world), dt);
+      // q a q* by another's quaternions, up to rounding.
+      const Eigen::Vector3d world =
+          Eigen::Quaterniond(q[3], q[0], q[1], q[2]) * Eigen::Vector3d(s.accel[0], s.accel[1], s.accel[2]);
+      const cv::Vec3d moving(world[0], world[1], world[2] - weight);
+      integrator.update(cv::Vec3f(moving), dt);
       ASSERT_LT(cv::norm(vector(row, 16) - integrator.speed()), 1e-5) << i;
     }
     ASSERT_LT(cv::norm(vector(row, 19) - start - integrator.position()), 1e-4) << i;
@@ -107,12 +103,11 @@ TEST_F(ImuCommand, unitsComeFromHeadsOrOptions) {
   }
   write("si.csv", csv(samples));
   write("other.csv", other);
-  const nlohmann::json si = run("imu si.csv --out si --json").json();
-  const ToolResult result = run("imu other.csv --out other --json --time-unit ms --gyro-unit deg/s --accel-unit g");
-  ASSERT_EQ(result.status, 0) << result.errors;
-  EXPECT_EQ(result.json()["columns"][0]["unit_from"], "option");
-  EXPECT_EQ(si["columns"][0]["unit_from"], "head");
-  ASSERT_EQ(run("--config other/run.json --out again --quiet").status, 0);
+  EXPECT_EQ(resultOf("imu si.csv --out si")["columns"][0]["unit_from"], "head");
+  EXPECT_EQ(
+      resultOf("imu other.csv --out other --time-unit ms --gyro-unit deg/s --accel-unit g")["columns"][0]["unit_from"],
+      "option");
+  expectSuccess("--config other/run.json --out again");
   EXPECT_EQ(read("again/attitude.csv"), read("other/attitude.csv"));
   const auto a = readCsv("si/attitude.csv"), b = readCsv("other/attitude.csv");
   ASSERT_EQ(a.size(), b.size());
@@ -120,11 +115,9 @@ TEST_F(ImuCommand, unitsComeFromHeadsOrOptions) {
     EXPECT_NEAR(std::stod(a.back()[k]), std::stod(b.back()[k]), 1e-4) << a[0][k];
 
   EXPECT_NE(run("imu other.csv --time-unit ms --gyro-unit deg/s").errors.find("is m/s2 the unit"), std::string::npos);
-  for (const char* wrong : {"si.csv --gyro-unit deg/s", "si.csv --accel-unit g", "si.csv --time-unit ns"}) {
-    const ToolResult refused = run(std::string("imu ") + wrong);
-    EXPECT_EQ(refused.status, 2) << wrong;
-    EXPECT_NE(refused.errors.find("but --"), std::string::npos) << refused.errors;
-  }
+  expectRefused("imu si.csv", {{"--gyro-unit deg/s", "but --gyro-unit deg/s"},
+                               {"--accel-unit g", "but --accel-unit g"},
+                               {"--time-unit ns", "but --time-unit ns"}});
 }
 
 TEST_F(ImuCommand, numbersAreThoseOfTheRecording) {
@@ -132,9 +125,7 @@ TEST_F(ImuCommand, numbersAreThoseOfTheRecording) {
   samples.erase(samples.begin() + 450, samples.begin() + 470);
   samples.erase(samples.begin() + 700);
   write("log.csv", csv(samples));
-  const ToolResult result = run("imu - --out out --json <log.csv");
-  ASSERT_EQ(result.status, 0) << result.errors;
-  const nlohmann::json numbers = result.json();
+  const nlohmann::json numbers = resultOf("imu - --out out <log.csv");
   EXPECT_EQ(numbers["schema"], 1);
   EXPECT_EQ(numbers["samples"], 979);
   EXPECT_NEAR(numbers["rate_hz"], 100, 1e-6);
@@ -146,7 +137,7 @@ TEST_F(ImuCommand, numbersAreThoseOfTheRecording) {
   EXPECT_NEAR(numbers["gravity_m_s2"], 9.8, 0.01);
   EXPECT_LT(numbers["gravity"]["rms_deg"], 0.5);
   EXPECT_EQ(files("out"), (std::set<std::string>{"attitude.csv", "imu.png", "report.html", "run.json"}));
-  EXPECT_EQ(cv::imread(path("out/imu.png").string()).cols, 1560);
+  EXPECT_EQ(cv::imread("out/imu.png").cols, 1560);
   EXPECT_EQ(readJson("out/run.json")["settings"].size(), 0u);
 }
 
@@ -157,10 +148,12 @@ TEST_F(ImuCommand, theBandEndsBelowHalfTheRate) {
   const ToolResult result = run("imu log.csv --out out");
   EXPECT_NE(result.output.find("0.5 to 22.5 Hz (40 Hz is too near half the rate, lowered)"), std::string::npos)
       << result.output;
-  for (const char* wrong :
-       {"--band 30 35", "--band 5 5", "--band 0 5", "--band nan 5", "--standstill -1", "--set a=b"}) {
-    EXPECT_EQ(run(std::string("imu log.csv ") + wrong).status, 2) << wrong;
-  }
+  expectRefused("imu log.csv", {{"--band 30 35", "--band"},
+                                {"--band 5 5", "--band: 5 5 given"},
+                                {"--band 0 5", "--band: 0 5 given"},
+                                {"--band nan 5", "--band: nan 5 given"},
+                                {"--standstill -1", "--standstill: -1 given"},
+                                {"--set a=b", "--set"}});
 }
 
 /// The truth of the turn about z, its heading and clock shifted.
@@ -178,23 +171,19 @@ TEST_F(ImuCommand, theTruthIsComparedWhateverItsHeading) {
     write(name, text);
   };
   writeTruth("truth.csv", 0, 0);
-  nlohmann::json truth = run("imu log.csv --truth truth.csv --json").json()["truth"];
+  nlohmann::json truth = resultOf("imu log.csv --truth truth.csv")["truth"];
   EXPECT_EQ(truth["samples"], 991);
   EXPECT_LT(truth["attitude"]["max_deg"], 0.46);  // the turn from one sample to the next
   EXPECT_LT(truth["gravity"]["max_deg"], 0.01);
   writeTruth("tilted.csv", 5, 0.1);
-  truth = run("imu log.csv --truth tilted.csv --json").json()["truth"];
+  truth = resultOf("imu log.csv --truth tilted.csv")["truth"];
   EXPECT_EQ(truth["samples"], 500);
   EXPECT_NEAR(truth["gravity"]["rms_deg"], 0.1 * 180 / CV_PI, 0.01);
   writeTruth("later.csv", 100, 0);
   write("scaled.csv", "t,qx,qy,qz,qw\n0,0,0,0,1\n1,0,0,0,2\n");
-  for (const auto& [file, said] : {std::pair{"later.csv", "times within"},
-                                   {"scaled.csv", "scaled.csv:3: a quaternion"},
-                                   {"log.csv", "no column for quaternion x"}}) {
-    const ToolResult refused = run(std::string("imu log.csv --truth ") + file);
-    EXPECT_EQ(refused.status, 2) << file;
-    EXPECT_NE(refused.errors.find(said), std::string::npos) << refused.errors;
-  }
+  expectRefused("imu log.csv --truth", {{"later.csv", "times within"},
+                                        {"scaled.csv", "scaled.csv:3: a quaternion"},
+                                        {"log.csv", "no column for quaternion x"}});
 }
 
 }  // namespace

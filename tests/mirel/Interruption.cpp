@@ -6,18 +6,10 @@ namespace {
 class Interruption : public ToolTest {
  protected:
   Interruption() {
-    std::filesystem::create_directories(path("data/out"));
-    write("data/a.png", texture(0, 0, 1, {640, 480}));
-    write("data/b.png", texture(5, -3, 1, {640, 480}));
-    std::string mesh;
-    constexpr int side = 200;
-    for (int i = 0; i < side * side; ++i) {
-      const int x = i % side, y = i / side;
-      mesh += cv::format("v %d %d %g\n", x, y, std::sin(0.9 * x) * std::cos(0.7 * y));
-      if (x > 0 && y > 0) mesh += cv::format("f %d %d %d\n", i, i + 1, i + 1 - side);
-    }
-    write("data/in.obj", mesh);
-    for (const char* name : {"data/made.obj", "data/out/run.json", "data/out/features.csv"}) write(name, "precious");
+    write("a.png", texture(0, 0, 1, {640, 480}));
+    write("b.png", texture(5, -3, 1, {640, 480}));
+    write("in.obj", gridMesh(199, 1));
+    writePrecious({"made.obj", "out/run.json", "out/features.csv"});
   }
 };
 
@@ -31,39 +23,37 @@ TEST_F(Interruption, everySignalEndsARunThatLeavesNothing) {
   } cases[] = {{track, "INT", 130}, {track, "TERM", 143}, {track, "HUP", 129}, {mesh, "INT", 130}, {mesh, "TERM", 143}};
   for (const auto& [arguments, signal, status] : cases) {
     SCOPED_TRACE(arguments.substr(0, 5) + signal);
-    const auto before = contents("data");
-    const ToolResult result = shell("(cd data && { \"" MIREL_TOOL "\" " + arguments +
+    const auto before = contents();
+    const ToolResult result = shell("\"" MIREL_TOOL "\" " + arguments +
                                     " --out out & run=$!; for i in $(seq 3000); do "
                                     "[ -e out/.mirel-unfinished-$run-0 ] && break; sleep 0.01; done; kill -" +
-                                    signal + " $run; wait $run; })");
+                                    signal + " $run; wait $run");
     EXPECT_EQ(result.status, status);
     EXPECT_EQ(result.errors, "mirel " + arguments.substr(0, arguments.find(' ')) + ": interrupted, nothing written\n");
-    EXPECT_TRUE(contents("data") == before);
+    EXPECT_TRUE(contents() == before);
   }
 }
 
 TEST_F(Interruption, waitingForInputEndsToo) {
-  const auto before = contents("data");
+  const auto before = contents();
   // The pipe holds less than that: when all has gone through, the tool reads and waits for more.
-  const ToolResult result = shell("(mkfifo pipe && cd data && { \"" MIREL_TOOL
+  const ToolResult result = shell("mkfifo ../pipe && { \"" MIREL_TOOL
                                   "\" smooth - --out out <../pipe & run=$!; exec 3>../pipe; "
-                                  "head -c 3000000 /dev/zero >&3; kill -TERM $run; wait $run; })");
+                                  "head -c 3000000 /dev/zero >&3; kill -TERM $run; wait $run; }");
   EXPECT_EQ(result.status, 143);
   EXPECT_EQ(result.errors, "mirel smooth: interrupted, nothing written\n");
-  EXPECT_TRUE(contents("data") == before);
+  EXPECT_TRUE(contents() == before);
 }
 
 TEST_F(Interruption, whatAKilledRunLeftIsNotTakenForResults) {
-  std::string rows = "a\n";
-  for (int i = 0; i < 20; ++i) rows += cv::format("%d\n", i);
-  write("data/log.csv", rows);
+  write("log.csv", "a\n1\n2\n3\n4\n5\n6\n7\n8\n9\n");
   // Numbers of processes come again; exec keeps that of the shell.
   const ToolResult smooth = shell(
-      "(cd data && mkdir out/.mirel-unfinished-$$-0 && echo half >out/.mirel-unfinished-$$-0/half.csv && exec "
-      "\"" MIREL_TOOL "\" smooth log.csv --out out --quiet)");
+      "mkdir out/.mirel-unfinished-$$-0 && echo half >out/.mirel-unfinished-$$-0/half.csv && exec "
+      "\"" MIREL_TOOL "\" smooth log.csv --out out --quiet");
   EXPECT_EQ(smooth.status, 0) << smooth.errors;
-  EXPECT_FALSE(exists("data/out/half.csv"));
-  EXPECT_TRUE(exists("data/out/smoothed.csv"));
+  EXPECT_FALSE(exists("out/half.csv"));
+  EXPECT_TRUE(exists("out/smoothed.csv"));
 }
 
 }  // namespace

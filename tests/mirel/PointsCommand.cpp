@@ -1,10 +1,9 @@
 #include "ToolTest.h"
 
 #include <MirelAlgorithms/smoothing/SparsePoints.h>
+#include <support/SettingsOf.h>
 
 namespace {
-
-using MirelAlgorithms::AttrContainer;
 
 /// Points on a wavy surface, some far off, some alone; one text column more than needed.
 class PointsCommand : public ToolTest {
@@ -37,17 +36,14 @@ TEST_F(PointsCommand, rowsAreThoseOfTheLibraryAndEveryDropHasItsReason) {
                {0x6000, {"between_steps"}},
                {0x7000, {}}};
   for (const auto& [mode, reasons] : cases) {
-    MirelAlgorithms::SmartPtr<AttrContainer> settings(new AttrContainer());
-    settings->set(L"smoothSparseMode", mode);
-    settings->set(L"smoothSparseMaxPts", 250);
-    settings->set(L"smoothSparseMinPts", 20);
+    const auto settings = MirelAlgorithms::settingsOf(
+        {{L"smoothSparseMode", mode}, {L"smoothSparseMaxPts", 250}, {L"smoothSparseMinPts", 20}});
     cv::Mat kept;
     ASSERT_TRUE(MirelAlgorithms::smoothSparse3D(points_, kept, settings));
-    const ToolResult result = run(cv::format(
+    const nlohmann::json numbers = resultOf(cv::format(
         "points in.csv out.csv --set smoothSparseMode=0x%X --set smoothSparseMaxPts=250 --set smoothSparseMinPts=20 "
-        "--json --out out",
+        "--out out",
         static_cast<unsigned>(mode)));
-    ASSERT_EQ(result.status, 0) << result.errors;
     const auto rows = readCsv("out.csv");
     ASSERT_EQ(rows.size(), static_cast<std::size_t>(kept.rows) + 1) << mode;
     EXPECT_EQ(rows[0], (std::vector<std::string>{"x_px", "y_px", "x_m", "y_m", "z_m", "name"}));
@@ -55,7 +51,6 @@ TEST_F(PointsCommand, rowsAreThoseOfTheLibraryAndEveryDropHasItsReason) {
       for (int k = 0; k < 5; ++k) ASSERT_EQ(std::stof(rows[i + 1][k]), kept.at<float>(i, k)) << mode << " " << i;
       ASSERT_EQ(rows[i + 1][5], "\"p");  // the rest of the name is the next cell for this reader
     }
-    const nlohmann::json numbers = result.json();
     EXPECT_EQ(numbers["rows_in"], 3000);
     EXPECT_EQ(numbers["rows_kept"], kept.rows);
     std::set<std::string> found;
@@ -80,64 +75,30 @@ TEST_F(PointsCommand, columnsAreKnownByHeadPlaceOrChoice) {
                {"t,a,b,c,d,e\n0,1,2,3,4,5\n", "--columns a,b,4,5,e", "t,a,b,c,d,e\n0,1,2,3,4,5\n"}};
   for (const auto& [table, options, written] : cases) {
     write("same.csv", table);
-    const ToolResult result = run("points same.csv same.csv " + one + " " + options);
-    EXPECT_EQ(result.status, 0) << result.errors;
+    expectSuccess("points same.csv same.csv " + one + " " + options);
     EXPECT_EQ(read("same.csv"), written);
   }
 }
 
 TEST_F(PointsCommand, tooFewPointsAreNoResult) {
-  const struct {
-    const char *settings, *said;
-  } cases[] = {{"--set smoothSparseMinPts=3001", "3000 rows given, at least 3001 expected (smoothSparseMinPts)"},
-               {"--set smoothSparseMaxPts=100000",
-                "0 of 3000 points kept, at least 100 expected (smoothSparseMinPts); most drops: cell with fewer than 6 "
-                "points (3000 rows); a smaller smoothSparseMaxPts"},
-               {"--set smoothSparseMode=0x6000 --set smoothSparseMinPts=751", "750 of 3000 points kept"}};
+  const Refusal cases[] = {
+      {"--set smoothSparseMinPts=3001", "3000 rows given, at least 3001 expected (smoothSparseMinPts)"},
+      {"--set smoothSparseMaxPts=100000",
+       "0 of 3000 points kept, at least 100 expected (smoothSparseMinPts); most drops: cell with fewer than 6 "
+       "points (3000 rows); a smaller smoothSparseMaxPts"},
+      {"--set smoothSparseMode=0x6000 --set smoothSparseMinPts=751", "750 of 3000 points kept"}};
   for (const auto& [settings, said] : cases) {
-    const ToolResult result = run(std::string("points in.csv out.csv --json ") + settings);
-    EXPECT_EQ(result.status, 1) << settings;
-    EXPECT_EQ(result.errorLines(), 1) << result.errors;
-    EXPECT_NE(result.errors.find(said), std::string::npos) << result.errors;
-    EXPECT_EQ(result.json()["enough"], false);
+    EXPECT_EQ(resultOfNothing("points in.csv out.csv " + settings, said)["enough"], false);
     EXPECT_FALSE(exists("out.csv"));
     EXPECT_TRUE(exists("mirel-out/points.png"));
   }
 }
 
-TEST_F(PointsCommand, whatCannotBeUsedIsRefused) {
-  write("empty.csv", std::string());
-  write("heads.csv", std::string("x_px,y_px,x_m,y_m,z_m\n"));
-  write("four.csv", std::string("x_px,y_px,x_m,y_m\n1,2,3,4\n"));
-  write("bare.csv", std::string("1,2,3,4\n"));
-  write("space.csv", std::string("x,y,z,a,b\n1,2,3,4,5\n"));
-  write("nan.csv", std::string("u,v,x,y,z\n1,2,3,4,5\n1,2,3,nan,5\n"));
-  write("far.csv", std::string("u,v,x,y,z\n1,2,3,4,2e9\n"));
-  write("ragged.csv", std::string("u,v,x,y,z\n1,2,3,4\n"));
-  const struct {
-    const char *arguments, *said;
-  } cases[] = {{"", "no table given"},
-               {"in.csv", "no name for the kept points"},
-               {"empty.csv out.csv", "empty.csv: empty"},
-               {"heads.csv out.csv", "heads.csv: no row"},
-               {"four.csv out.csv", "four.csv:1: no column z_m"},
-               {"bare.csv out.csv", "bare.csv: 4 columns, at least 5 expected"},
-               {"space.csv out.csv", "space.csv:1: no column x_px"},
-               {"nan.csv out.csv", "nan.csv:3: column 4 (y): 'nan' given"},
-               {"far.csv out.csv", "far.csv:2: column 5 (z): 2e+09 given"},
-               {"ragged.csv out.csv", "ragged.csv:2: 4 cells, 5 expected"},
-               {"in.csv . ", "a folder"},
-               {"in.csv /dev/null", "/dev/null: a device"},
-               {"in.csv out.csv --columns 1,2,3,4", "--columns: 4 columns given, 5 expected"},
-               {"in.csv out.csv --columns 1,2,3,4,name", "column 6 (name): 'p,0' given"}};
-  for (const auto& [arguments, said] : cases) {
-    const ToolResult result = run(std::string("points ") + arguments);
-    EXPECT_EQ(result.status, 2) << arguments;
-    EXPECT_EQ(result.errorLines(), 1) << result.errors;
-    EXPECT_NE(result.errors.find(said), std::string::npos) << result.errors;
-    EXPECT_FALSE(exists("mirel-out")) << arguments;
-    EXPECT_FALSE(exists("out.csv")) << arguments;
-  }
+TEST_F(PointsCommand, wrongUsageIsRefused) {
+  expectRefused("points", {{"", "no table given"}, {"in.csv", "no name for the kept points"}});
+  expectRefused("points in.csv out.csv --columns", {{"1,2,3,4", "--columns: 4 columns given, 5 expected"},
+                                                    {"1,2,3,4,name", "column 6 (name): 'p,0' given"},
+                                                    {"1,2,3,4,7", "a head or a number from 1 to 6"}});
 }
 
 }  // namespace

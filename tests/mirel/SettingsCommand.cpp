@@ -8,7 +8,7 @@ using SettingsCommand = ToolTest;
 
 TEST_F(SettingsCommand, listsTheWholeCatalogue) {
   const auto catalogue = MirelAlgorithms::settingsCatalogue();
-  const nlohmann::json list = run("settings --json").json()["settings"];
+  const nlohmann::json list = resultOf("settings")["settings"];
   const std::string table = run("settings").output;
   ASSERT_EQ(list.size(), catalogue.size());
   for (std::size_t i = 0; i < catalogue.size(); ++i) {
@@ -21,7 +21,7 @@ TEST_F(SettingsCommand, listsTheWholeCatalogue) {
 }
 
 TEST_F(SettingsCommand, oneOperation) {
-  const nlohmann::json list = run("settings --read-by retrieveDescriptors --json").json()["settings"];
+  const nlohmann::json list = resultOf("settings --read-by retrieveDescriptors")["settings"];
   ASSERT_FALSE(list.empty());
   for (const auto& row : list) EXPECT_EQ(row["read_by"], "retrieveDescriptors");
   EXPECT_EQ(list[0], (nlohmann::json{{"key", "FBMType"},

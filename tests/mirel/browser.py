@@ -9,6 +9,7 @@ unless every damage is found.
 """
 import argparse
 import base64
+import contextlib
 import json
 import os
 import pathlib
@@ -71,10 +72,7 @@ class Browser:
         options.set_capability("goog:loggingPrefs", {"browser": "ALL", "performance": "ALL"})
         self.driver = webdriver.Chrome(service=Service("/usr/bin/chromedriver"), options=options)
 
-    def __enter__(self):
-        return self
-
-    def __exit__(self, *_):
+    def close(self):
         self.driver.quit()
 
     def look(self, page, width, screenshot=None):
@@ -86,23 +84,16 @@ class Browser:
         self.driver.get(page.resolve().as_uri())
         seen = self.driver.execute_async_script(LOOK)
         found = seen["found"] + [f"console: {entry['message']}" for entry in self.driver.get_log("browser")]
-        found += [f"request: {address}" for address in self.requests() if address != page.resolve().as_uri()]
+        sent = [json.loads(entry["message"])["message"] for entry in self.driver.get_log("performance")]
+        asked = [message["params"]["request"]["url"] for message in sent
+                 if message["method"] == "Network.requestWillBeSent"]
+        found += [f"request: {url}" for url in asked if not url.startswith("data:") and url != page.resolve().as_uri()]
         if screenshot:
-            self.capture(screenshot, width, seen["height"])
+            clip = {"x": 0, "y": 0, "width": width, "height": seen["height"], "scale": 1}
+            picture = self.driver.execute_cdp_cmd("Page.captureScreenshot",
+                                                  {"captureBeyondViewport": True, "clip": clip})
+            screenshot.write_bytes(base64.b64decode(picture["data"]))
         return found
-
-    def requests(self):
-        for entry in self.driver.get_log("performance"):
-            message = json.loads(entry["message"])["message"]
-            if message["method"] == "Network.requestWillBeSent":
-                address = message["params"]["request"]["url"]
-                if not address.startswith("data:"):
-                    yield address
-
-    def capture(self, path, width, height):
-        clip = {"x": 0, "y": 0, "width": width, "height": height, "scale": 1}
-        picture = self.driver.execute_cdp_cmd("Page.captureScreenshot", {"captureBeyondViewport": True, "clip": clip})
-        path.write_bytes(base64.b64decode(picture["data"]))
 
 
 def faults(browser, folder, pages, screenshots):
@@ -137,7 +128,7 @@ def main():
         parser.error(f"{options.folder}: no report.html below it")
     if options.screenshots:
         options.screenshots.mkdir(parents=True, exist_ok=True)
-    with Browser() as browser:
+    with contextlib.closing(Browser()) as browser:
         wrong = list(faults(browser, options.folder, pages, options.screenshots))
         wrong += overlooked(browser, min(pages, key=lambda page: len(page.parts)))
     print("\n".join(wrong + [f"{len(pages)} reports at {len(WIDTHS)} widths: {len(wrong)} faults"]))
