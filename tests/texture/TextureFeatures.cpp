@@ -6,30 +6,35 @@
 namespace MirelAlgorithms {
 namespace {
 
-// Appended and replaced; equal to the literal steps.
-void expectLiteral(const cv::Mat& image, const Settings& settings, std::size_t least) {
-  const literal::Features expected = literal::extract(image, settings);
-  Points all{{1, 2}};
-  for (const cv::Vec2f& point : literal::positions(expected.keyPoints)) all.push_back(point);
-  EXPECT_GE(expected.keyPoints.size(), least);
-
-  Points points{{1, 2}};
-  cv::Mat descriptors(3, 32, CV_8UC1);
-  EXPECT_EQ(textureExtract(image, points, descriptors, settings), 0);
-  EXPECT_EQ(points, all);
-  EXPECT_TRUE(same(descriptors, expected.descriptors));
-}
-
+// Points are appended, descriptors replaced.
 TEST(TextureExtract, equalsTheLiteralSteps) {
+<<<<<<< HEAD
+  const cv::Mat image = scene(200, 247, 1), view = image(cv::Rect(3, 5, 190, 170)), small = scene(131, 131, 4);
+=======
   const cv::Mat image = scene(200, 247, 1);
   expectLiteral(image, Settings(), 100);
   expectLiteral(image(cv::Rect(3, 5, 190, 170)), settingsOf({{L"txmToGray", 0}}), 100);
 
+>>>>>>> a345ed74a35d4afd0d1291db87b1e6f5e374743d
   struct Case {
-    std::initializer_list<std::pair<const wchar_t*, int>> keys;
+    cv::Mat image;
+    Settings settings;
     std::size_t least;
   };
   const Case cases[] = {
+<<<<<<< HEAD
+      {image, {}, 100},
+      {view, settingsOf({{L"txmToGray", 0}}), 100},
+      {small, settingsOf({{L"txmCells", 12}}), 30},  // 13 whole cells on each side
+      {image, settingsOf({{L"txmCells", 12}, {L"txmMaxKeys", 90}}), 100},
+      {image, settingsOf({{L"txmMaxKeys", 2}}), 0},
+      {image, settingsOf({{L"txmMaxKeys", -5}}), 100},
+      {image, settingsOf({{L"txmORBWTA_K", 3}, {L"txmORBscoreType", 1}}), 100},
+      {image, settingsOf({{L"txmORBscoreType", -7}, {L"txmORBpatchSize", 21}, {L"txmORBedgeThreshold", 19}}), 100},
+      {image, settingsOf({{L"txmORBfirstLevel", 1}, {L"txmORBnLevels", 3}, {L"txmORBfastThreshold", 5}}), 100},
+      {image, settingsOf({{L"txmORBmaxFeatures", 20}, {L"txmORBedgeThreshold", 0}}), 50},
+      {image, with(L"txmORBscaleFactor", 1.3), 100},
+=======
       {{{L"txmCells", 12}, {L"txmMaxKeys", 90}}, 100},
       {{{L"txmMaxKeys", 2}}, 0},
       {{{L"txmMaxKeys", -5}}, 100},
@@ -37,13 +42,19 @@ TEST(TextureExtract, equalsTheLiteralSteps) {
       {{{L"txmORBWTA_K", 4}, {L"txmORBscoreType", -7}, {L"txmORBpatchSize", 21}, {L"txmORBedgeThreshold", 19}}, 100},
       {{{L"txmORBfirstLevel", 1}, {L"txmORBnLevels", 3}, {L"txmORBfastThreshold", 5}}, 100},
       {{{L"txmORBmaxFeatures", 20}, {L"txmORBedgeThreshold", 0}}, 50},
+>>>>>>> a345ed74a35d4afd0d1291db87b1e6f5e374743d
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(testing::Message() << "case " << &c - cases);
-    expectLiteral(image, settingsOf(c.keys), c.least);
+    const literal::Features expected = literal::extract(c.image, c.settings);
+    EXPECT_GE(expected.keyPoints.size(), c.least);
+    Points points{{1, 2}}, all = points;
+    for (const cv::Vec2f& point : literal::positions(expected.keyPoints)) all.push_back(point);
+    cv::Mat descriptors(3, 32, CV_8UC1);
+    EXPECT_EQ(textureExtract(c.image, points, descriptors, c.settings), 0);
+    EXPECT_EQ(points, all);
+    EXPECT_TRUE(same(descriptors, expected.descriptors));
   }
-  expectLiteral(scene(131, 131, 4), settingsOf({{L"txmCells", 12}}), 30);  // 13 whole cells on each side
-  expectLiteral(image, with(L"txmORBscaleFactor", 1.2), 100);
 }
 
 }  // namespace
