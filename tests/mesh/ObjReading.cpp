@@ -96,15 +96,11 @@ TEST(ObjReadingDeathTest, otherFacesAreShownAndWaitedAt) {
 #endif
 
 TEST(ObjReading, whiteSpaceIsCutOffInPlace) {
-  const std::pair<const char*, const char*> cases[] = {
-      {"", ""}, {" \t\r\n\v\f", ""}, {"a", "a"}, {"  a b\t", "a b"}, {" \xA0 ", "\xA0"}};
+  char nothing[] = " \t\r\n\v\f", text[] = "  a b \xA0\t";
   MeshSimplification mesh;
-  for (const auto& [text, wanted] : cases) {
-    std::string copy = text;
-    char* const rest = mesh.trimwhitespace(copy.data());
-    EXPECT_STREQ(rest, wanted);
-    EXPECT_TRUE(rest >= copy.data() && rest <= copy.data() + copy.size());
-  }
+  EXPECT_STREQ(mesh.trimwhitespace(nothing), "");
+  EXPECT_STREQ(mesh.trimwhitespace(text), "a b \xA0");
+  EXPECT_EQ(mesh.trimwhitespace(text), text + 2);
 }
 
 TEST(ObjReading, numbersUnderAnotherLocale) {
