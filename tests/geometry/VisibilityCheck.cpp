@@ -12,20 +12,15 @@ using Eigen::Vector3d;
 
 namespace {
 
-using Cell = std::pair<LiteralGrid::Key, LiteralGrid::Element>;
 using Result = LiteralGrid::Result;
 
-// In the order of the hash map.
+// In the order of the hash map too.
 template <class Cells>
-std::vector<Cell> listed(const Cells& cells) {
-  return {cells.begin(), cells.end()};
-}
-
-bool sameCells(const std::vector<Cell>& a, const std::vector<Cell>& b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const Cell& x, const Cell& y) {
-    return x.first == y.first && x.second.points == y.second.points && x.second.rays == y.second.rays &&
-           x.second.firstPose == y.second.firstPose && x.second.lastPose == y.second.lastPose &&
-           x.second.score == y.second.score;
+bool sameCells(const Cells& a, const decltype(LiteralGrid::cells)& b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const auto& x, const auto& y) {
+    const auto& [points, rays, first, last, score] = x.second;
+    return x.first == y.first && points == y.second.points && rays == y.second.rays && first == y.second.firstPose &&
+           last == y.second.lastPose && score == y.second.score;
   });
 }
 
@@ -58,7 +53,7 @@ TEST(VisibilityCheck, agreesWithTheLiteralSteps) {
       if (round == 2) scan.sensors.push_back({0.3, -0.5, 1.0});
       update(check, scan);
       literal.updateGrid(scan.points, scan.poses, scan.sensors);
-      ASSERT_TRUE(sameCells(listed(check.getGrid().cells()), listed(literal.cells))) << voxelSize << " round " << round;
+      ASSERT_TRUE(sameCells(check.getGrid().cells(), literal.cells)) << voxelSize << " round " << round;
       for (const auto& [key, element] : literal.cells) scores += element.score;
       VisibilityCheck copy(check), moved(std::move(copy));
       const std::vector<Result> results = allMaxima(moved);
