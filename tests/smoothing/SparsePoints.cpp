@@ -166,6 +166,13 @@ TEST(SparsePoints, HostilePointsAreTakenAsTheyAre) {
 }
 
 // Bytes of another type are read as floats, from rows at any address.
+TEST(SparsePoints, NeighboursOnTheCircle) {
+  cv::Mat points = cv::Mat::zeros(6, 5, CV_32FC1), out;
+  points.col(2).rowRange(1, 6) = std::sqrt(0.1f);  // its square is 0.1f to the bit
+  smoothSparse3D(points, out, sparseSettings(0x2000, 50, 0));
+  EXPECT_TRUE(same(out, points));
+}
+
 TEST(SparsePoints, OtherTypesAreReadAsFloats) {
   cv::RNG random(10);
   const cv::Mat points = randomPoints(600, 0, 0.15f, random).colRange(0, 5).clone();
