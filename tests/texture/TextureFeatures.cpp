@@ -8,21 +8,13 @@ namespace {
 
 // Points are appended, descriptors replaced.
 TEST(TextureExtract, equalsTheLiteralSteps) {
-<<<<<<< HEAD
   const cv::Mat image = scene(200, 247, 1), view = image(cv::Rect(3, 5, 190, 170)), small = scene(131, 131, 4);
-=======
-  const cv::Mat image = scene(200, 247, 1);
-  expectLiteral(image, Settings(), 100);
-  expectLiteral(image(cv::Rect(3, 5, 190, 170)), settingsOf({{L"txmToGray", 0}}), 100);
-
->>>>>>> a345ed74a35d4afd0d1291db87b1e6f5e374743d
   struct Case {
     cv::Mat image;
     Settings settings;
     std::size_t least;
   };
   const Case cases[] = {
-<<<<<<< HEAD
       {image, {}, 100},
       {view, settingsOf({{L"txmToGray", 0}}), 100},
       {small, settingsOf({{L"txmCells", 12}}), 30},  // 13 whole cells on each side
@@ -34,15 +26,6 @@ TEST(TextureExtract, equalsTheLiteralSteps) {
       {image, settingsOf({{L"txmORBfirstLevel", 1}, {L"txmORBnLevels", 3}, {L"txmORBfastThreshold", 5}}), 100},
       {image, settingsOf({{L"txmORBmaxFeatures", 20}, {L"txmORBedgeThreshold", 0}}), 50},
       {image, with(L"txmORBscaleFactor", 1.3), 100},
-=======
-      {{{L"txmCells", 12}, {L"txmMaxKeys", 90}}, 100},
-      {{{L"txmMaxKeys", 2}}, 0},
-      {{{L"txmMaxKeys", -5}}, 100},
-      {{{L"txmORBWTA_K", 3}, {L"txmORBscoreType", 1}}, 100},
-      {{{L"txmORBWTA_K", 4}, {L"txmORBscoreType", -7}, {L"txmORBpatchSize", 21}, {L"txmORBedgeThreshold", 19}}, 100},
-      {{{L"txmORBfirstLevel", 1}, {L"txmORBnLevels", 3}, {L"txmORBfastThreshold", 5}}, 100},
-      {{{L"txmORBmaxFeatures", 20}, {L"txmORBedgeThreshold", 0}}, 50},
->>>>>>> a345ed74a35d4afd0d1291db87b1e6f5e374743d
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(testing::Message() << "case " << &c - cases);
