@@ -60,11 +60,7 @@ TEST(BadInput, MeshOperations) {
           pairs.expect(
               defect + (deleted ? ", deleted" : ""),
               refused + operation.function + ": vertex number of a triangle: " + n + " given, 0 to 3 expected",
-<<<<<<< HEAD
               [&] { operation.call(mesh); }, bitsOf(mesh));
-=======
-              [&] { operation.call(mesh); }, bytesOf(mesh));
->>>>>>> a345ed74a35d4afd0d1291db87b1e6f5e374743d
       }
     pairs.expect(operation.name + ", empty mesh", "0 vertices, 0 triangles", [&] {
       Mesh none;
@@ -129,20 +125,12 @@ TEST(BadInput, MeshSteps) {
       fault.spoil(mesh, marks);
       const std::string defect = step.name + ": " + (fault.text[0] == '.' ? step.owner : "") + fault.text;
       pairs.expect(
-<<<<<<< HEAD
           defect, refused + defect + " expected", [&] { step.call(mesh, marks); }, bitsOf(mesh), marks);
-=======
-          defect, refused + defect + " expected", [&] { step.call(mesh, marks); }, bytesOf(mesh), marks);
->>>>>>> a345ed74a35d4afd0d1291db87b1e6f5e374743d
     }
   Marks marks(3, 0);
   vec3f p{7, 8, 9};
   int count = 0;
-<<<<<<< HEAD
   const auto unchanged = bitsOf(whole);
-=======
-  const auto unchanged = bytesOf(whole);
->>>>>>> a345ed74a35d4afd0d1291db87b1e6f5e374743d
   pairs.keep(p, count, marks, unchanged);
   for (const int number : {-1, 4}) {
     const std::string found = ": " + std::to_string(number) + " given, 0 to 3 expected";

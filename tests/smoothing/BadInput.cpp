@@ -11,14 +11,9 @@ namespace MirelAlgorithms {
 namespace {
 
 TEST(BadInput, smoothDenseZ16) {
-<<<<<<< HEAD
   const cv::Mat wide(1, 8000, CV_16UC1, cv::Scalar(1));
   cv::Mat image, out(2, 3, CV_8UC3, cv::Scalar(1, 2, 3));
   noise(20, 30, 5).convertTo(image, CV_16U);
-=======
-  const cv::Mat image = depthImage(20, 30), wide(1, 8000, CV_16UC1, cv::Scalar(1));
-  cv::Mat out(2, 3, CV_8UC3, cv::Scalar(1, 2, 3));
->>>>>>> a345ed74a35d4afd0d1291db87b1e6f5e374743d
   BadInput pairs("smoothDenseZ16");
   pairs.keep(out, image);
   const auto dense = [](int mode, int window) {
