@@ -165,7 +165,6 @@ TEST(SparsePoints, HostilePointsAreTakenAsTheyAre) {
       }
 }
 
-// Bytes of another type are read as floats, from rows at any address.
 TEST(SparsePoints, NeighboursOnTheCircle) {
   cv::Mat points = cv::Mat::zeros(6, 5, CV_32FC1), out;
   points.col(2).rowRange(1, 6) = std::sqrt(0.1f);  // its square is 0.1f to the bit
@@ -173,6 +172,7 @@ TEST(SparsePoints, NeighboursOnTheCircle) {
   EXPECT_TRUE(same(out, points));
 }
 
+// Bytes of another type are read as floats, from rows at any address.
 TEST(SparsePoints, OtherTypesAreReadAsFloats) {
   cv::RNG random(10);
   const cv::Mat points = randomPoints(600, 0, 0.15f, random).colRange(0, 5).clone();
