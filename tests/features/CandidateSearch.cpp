@@ -1,8 +1,9 @@
 #include <MirelAlgorithms/features/internal/CandidateSearch.h>
+#include <MirelAlgorithms/features/internal/FeatureMatrix.h>
 #include <gtest/gtest.h>
+#include <support/Matrices.h>
 
 #include <cmath>
-#include <opencv2/core.hpp>
 
 #include "LiteralCorners.h"
 
@@ -25,10 +26,6 @@ TEST(CandidateSearch, extremumIsLessThanOneAndAHalfPixelsAway) {
     }
 }
 
-bool equal(const cv::KeyPoint& a, const cv::KeyPoint& b) {
-  return a.pt == b.pt && a.size == b.size && a.angle == b.angle && a.response == b.response;
-}
-
 // Neighbours that differ by a unit in the last place, of which scaling may make one value.
 TEST(CandidateSearch, scalingMayLevelNeighbours) {
   cv::RNG random(5);
@@ -49,8 +46,7 @@ TEST(CandidateSearch, scalingMayLevelNeighbours) {
       const MaximumTest test = maximumTest(name == std::string("weighted") ? L"weighted" : L"SingleMaximum7x7Patch");
       const std::vector<cv::KeyPoint> expected = literal::candidates(scaled, name);
       const std::vector<cv::KeyPoint> candidates = findCandidates(map, factor, test);
-      ASSERT_EQ(candidates.size(), expected.size()) << name << ' ' << factor;
-      EXPECT_TRUE(std::equal(expected.begin(), expected.end(), candidates.begin(), equal));
+      EXPECT_TRUE(same(toFeatureMatrix(candidates), toFeatureMatrix(expected))) << name << ' ' << factor;
       found += expected.size();
     }
   }
