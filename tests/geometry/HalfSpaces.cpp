@@ -49,6 +49,7 @@ TEST(HalfSpaces, degenerate) {
       {"infinite", {{{infinity, 0, 0}, 1}}, false},
       {"infinitely far", {{{1, 0, 0}, infinity}}, false},
       {"very short normals", {{{1e-300, 0, 0}, -0.5e-300}, {{-1e-300, 0, 0}, 0.7e-300}}, true},
+      {"very short normal beyond a face", {{{1e-300, 0, 0}, -2e-300}}, false},
       {"very long normals", {{{1e300, 0, 0}, -0.5e300}, {{-1e300, 0, 0}, 0.4e300}}, false},
   };
   for (const auto& [name, added, common] : cases) {
