@@ -121,5 +121,26 @@ TEST(CellDetector, otherDetectors) {
   for (const auto& detector : detectors) EXPECT_GT(compareCells(image, *detector, 3), 20u);
 }
 
+// The mask itself, scaled down as ORB does.
+TEST(OrbPyramid, whitePartIsWhatStaysWhite) {
+  cv::RNG random(14);
+  for (const float scaleFactor : {1.2f, 1.03f, 1.5f, 2.0f, 2.6f, 3.0f})
+    for (int trial = 0; trial < 300; ++trial) {
+      const cv::Size size(random.uniform(110, 200), random.uniform(110, 200));
+      const cv::Rect cell(random.uniform(0, 60), random.uniform(0, 60), random.uniform(1, 50), random.uniform(1, 50));
+      SCOPED_TRACE(testing::Message() << size << ", scale factor " << scaleFactor << ", cell " << cell);
+      cv::Mat mask(size, CV_8UC1, cv::Scalar(0));
+      mask(cell) = 255;
+      for (const OrbLevel& level :
+           makeOrbPyramid(*cv::ORB::create(500, scaleFactor, 4), cv::Mat(size, CV_8UC1, cv::Scalar(0)))) {
+        cv::resize(mask, mask, level.image.size(), 0, 0, cv::INTER_LINEAR_EXACT);
+        cv::threshold(mask, mask, 254, 0, cv::THRESH_TOZERO);
+        cv::Mat expected(mask.size(), CV_8UC1, cv::Scalar(0));
+        expected(whitePart(level, cell)) = 255;
+        ASSERT_EQ(cv::countNonZero(mask != expected), 0) << level.image.size();
+      }
+    }
+}
+
 }  // namespace
 }  // namespace MirelAlgorithms

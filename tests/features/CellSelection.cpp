@@ -46,5 +46,13 @@ TEST(SelectPerCell, hugeGridsAndBudgets) {
   EXPECT_NEAR(automaticThreshold(sorted, {1, 100, 100}, 8ll * huge), 0.9, 1e-6);
 }
 
+TEST(AutomaticThreshold, isTheMeanOfTheStrongHalf) {
+  // Budget 4: the mean of 8, 6, 4, 2 is 5; of those two that reach it are taken: 7.
+  const KeyPoints sorted = {at(5, 5, 8), at(5, 6, 6), at(5, 7, 4), at(5, 8, 2), at(5, 9, 1)};
+  EXPECT_EQ(automaticThreshold(sorted, {1, 100, 100}, 4), 7.0);
+  EXPECT_EQ(automaticThreshold(sorted, {1, 100, 100}, 2), 8.0);
+  EXPECT_EQ(automaticThreshold({at(5, 5, 3), at(5, 6, 3), at(5, 7, 3)}, {1, 100, 100}, 4), 3.0);  // equal is enough
+}
+
 }  // namespace
 }  // namespace MirelAlgorithms
