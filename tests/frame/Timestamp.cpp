@@ -27,6 +27,7 @@ TEST(Timestamp, OriginIsLatchedByTheFirstCallersAndTheSameForAll) {
   EXPECT_EQ(origins, std::vector<double>(16, timestamp0()));
   EXPECT_GE(timestamp0(), beforeTheFirstCall);
   EXPECT_LE(timestamp0(), timestamp());
+  EXPECT_LT(beforeTheFirstCall, timestamp()) << "the clock stands still";
 }
 
 TEST(Timestamp, MillisecondsMoveInWholeSecondsOfTheSameClock) {

@@ -129,8 +129,16 @@ TEST(BadInput, VisibilityCheck) {
   };
   update(check, randomScan(53, 4000));
   ASSERT_FALSE(check.getGrid().cells().empty());
-  const auto grid = [&] { return check.getGrid().cells().size(); };
-  const auto maximum = [&] { return std::get<0>(VisibilityCheck(check).getCurrentMax()); };
+  const auto grid = [&] {
+    Bytes bytes;
+    for (const auto& [key, e] : check.getGrid().cells()) {
+      for (const int number : {key.x, key.y, key.z, e.firstPose, e.lastPose, e.score}) bytes.add(number);
+      bytes.add(e.points);
+      bytes.add(e.rays);
+    }
+    return bytes.text();
+  };
+  const auto maximum = [&] { return std::get<0>(VisibilityCheck(check).getCurrentMax()).size(); };
   BadInput pairs("VisibilityCheck::updateGrid");
   pairs.keep(grid, maximum);
   const std::string notFinite = ": a number that is not finite given, finite numbers expected";
