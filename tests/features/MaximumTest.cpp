@@ -56,6 +56,14 @@ TEST(WeightedMaximum, needsAMarginThatGrowsWithTheDistance) {
       }
 }
 
+TEST(WeightedMaximum, ofADetectorRun) {
+  Peak peak(7);
+  for (const double more : {-1.0, 0.0}) {
+    peak.at(-3, 3) = static_cast<float>(1.0 - (3 + more / 256) / 4096.0);
+    EXPECT_EQ(isMaximum(peak.map, 5, 4, MaximumTest::weighted), more == 0.0);
+  }
+}
+
 TEST(WeightedMaximum, refusesOtherTypes) {
   const cv::Mat map(9, 9, CV_64FC1, cv::Scalar(0.0));
   EXPECT_EQ(thrownText<std::invalid_argument>([&] { checkPatchFPGA(map, 4, 4, 7, 0.1); }),
