@@ -38,7 +38,7 @@ TEST_F(CsvTable, everyWayToWriteATableIsRead) {
       {"#" + samples, ""},
       {rows, "--columns 1,2,3,4,5,6,7"},
       {"a,b,c,d,e,f,g\n" + rows, "--columns 'a, b,3,d,e,f,g'"},
-      {"label,Time (s),\"Gyroscope x (rad/s)\",GyroY,wz,ax,acc_y,linear_acceleration.z\n" +
+      {"gyro_x_raw,Time (s),\"Gyroscope x (rad/s)\",GyroY,wz,ax,acc_y,linear_acceleration.z\n" +
            replaced("\n" + rows, "\n0", "\n\"a,b\",0"),
        ""},
       {"timestamp [ns],w_RS_S_x [rad s^-1],gy,gz,a_RS_S_x [m s^-2],ay,az\n" + epoch, ""},

@@ -40,7 +40,7 @@ Mat4d matrix(const Eigen::Affine3d& pose, bool halfTurned) {
 }
 
 TEST_F(FrustumCommand, matricesAreThoseOfTheLibrary) {
-  double sums[3] = {};
+  std::map<std::string, double> sums;
   for (const std::string look : {"", "-z", "+z"}) {
     const nlohmann::json numbers =
         resultOf("frustum poses.json --fov 50 --near 0.3 --far 4 --out out" + (look.empty() ? "" : " --look " + look));
@@ -58,7 +58,7 @@ TEST_F(FrustumCommand, matricesAreThoseOfTheLibrary) {
         const std::vector<std::string>& row = rows[1 + 4 * i + j];
         EXPECT_EQ(row[0] + row[1] + row[2], std::to_string(i) + std::to_string(j) + (overlap ? "1" : "0"));
         EXPECT_EQ(std::stod(row[3]), score);
-        if (i != j) sums[look.empty() ? 0 : look == "-z" ? 1 : 2] += score;
+        sums[look] += score;
       }
     }
     EXPECT_EQ(numbers["pairs"], 6);
@@ -66,9 +66,7 @@ TEST_F(FrustumCommand, matricesAreThoseOfTheLibrary) {
     EXPECT_EQ(numbers["overlaps_look_along"], look == "+z" ? "+z" : "-z");
     EXPECT_EQ(numbers["scores_look_along"], look == "-z" ? "-z" : "+z");
   }
-  EXPECT_GT(sums[0], 0);
-  EXPECT_EQ(sums[0], sums[2]);
-  EXPECT_NE(sums[0], sums[1]);
+  EXPECT_NE(sums["-z"], sums["+z"]) << "the axis makes no difference here";
   EXPECT_EQ(files("out"), (std::set<std::string>{"frustum.png", "overlaps.csv", "report.html", "run.json"}));
 }
 
