@@ -5,7 +5,6 @@
 #include <MirelAlgorithms/SettingsCatalogue.h>
 
 #include <algorithm>
-#include <initializer_list>
 #include <memory>
 #include <opencv2/core.hpp>
 #include <string>
@@ -87,6 +86,30 @@ inline ExactMatrix anyImage(FuzzedDataProvider& data, int side, int type = CV_8U
                      odd ? data.PickValueInArray({CV_8UC1, CV_8UC3, CV_16UC1, CV_32FC1, type}) : type);
 }
 
+/// Descriptors and places, which disagree in number now and then.
+struct Frame {
+  Frame(FuzzedDataProvider& data, int width, int type = CV_8UC1) : descriptors(data, upTo(data, 40), width, type) {
+    keyPoints.resize(descriptors.mat.rows + (rarely(data) ? 1 : 0));
+    for (cv::KeyPoint& k : keyPoints) k.pt = {anyReal<float>(data) * 8, anyReal<float>(data) * 8};
+  }
+
+  /// The other's descriptors with a bit turned here and there, if they are of the same kind, and its places moved.
+  void resemble(FuzzedDataProvider& data, const Frame& other) {
+    cv::Mat &mine = descriptors.mat, others = other.descriptors.mat;
+    if (mine.type() != others.type() || mine.cols != others.cols) return;
+    const cv::Point2f shift(anyReal<float>(data), anyReal<float>(data));
+    for (int i = 0; i < std::min(mine.rows, others.rows); ++i) {
+      for (std::size_t k = 0; k < mine.cols * mine.elemSize(); ++k)
+        mine.ptr(i)[k] = static_cast<uchar>(others.ptr(i)[k] ^ (i * k % 64 == 0));
+      keyPoints[i].pt = other.keyPoints[i].pt + shift;
+    }
+    descriptors.keep();
+  }
+
+  ExactMatrix descriptors;
+  std::vector<cv::KeyPoint> keyPoints;
+};
+
 /// What an int setting may be: mostly from a range, sometimes anything.
 struct Range {
   std::wstring_view key;
@@ -94,16 +117,22 @@ struct Range {
   bool orHostile = true;
 };
 
+/// Those of the other settings are -2 to 20. Large pyramids are allowed, but slow.
+inline constexpr Range ranges[] = {
+    {L"DescLengthBytes", 16, 16},    {L"FBMEnhancement", -1, 100000},         {L"FBMSobelSize", 1, 6},
+    {L"FBMnFeatures", -1, 60},       {L"smoothSparseMaxPts", -1, 400},        {L"txmCells", -1, 4, false},
+    {L"txmMaxKeys", -1, 100},        {L"txmORBedgeThreshold", -1, 40, false}, {L"txmORBfirstLevel", 0, 1, false},
+    {L"txmORBmaxFeatures", -3, 300}, {L"txmORBnLevels", 0, 9, false},         {L"txmORBpatchSize", 1, 40, false},
+    {L"txmToGray", -1, 100000}};
+
 /// Values for some of the keys that operations read, those in whose names `readBy` is found. Files are not written and
 /// windows not opened.
-inline Settings anySettings(FuzzedDataProvider& data, std::string_view readBy,
-                            std::initializer_list<Range> ranges = {}) {
+inline Settings anySettings(FuzzedDataProvider& data, std::string_view readBy) {
   static const std::vector<MirelAlgorithms::SettingInfo> catalogue = MirelAlgorithms::settingsCatalogue();
+  constexpr int widest = (std::numeric_limits<int>::max)();
   Settings settings(new Brel::AttrContainer());
-  for (const MirelAlgorithms::SettingInfo& setting : catalogue) {
-    const std::wstring& key = setting.key;
-    const MirelAlgorithms::SettingValue& fallback = setting.fallback;
-    if (setting.readBy.find(readBy) == std::string::npos || key.starts_with(L"FBMWrite") || key == L"txmDraw") continue;
+  for (const auto& [key, fallback, meaning, readers] : catalogue) {
+    if (readers.find(readBy) == std::string::npos || key.starts_with(L"FBMWrite") || key == L"txmDraw") continue;
     const int kind = data.ConsumeIntegralInRange(0, 7);
     if (kind < 5) continue;  // the default
     const wchar_t* name = key.c_str();
@@ -112,14 +141,14 @@ inline Settings anySettings(FuzzedDataProvider& data, std::string_view readBy,
     if (std::holds_alternative<std::wstring>(fallback))
       settings->set(name, data.PickValueInArray({L"SingleMaximum7x7Patch", L"AverageRingMask", L"", L"other"}));
     if (!std::holds_alternative<int>(fallback)) continue;
-    const auto range = std::find_if(ranges.begin(), ranges.end(), [&](const Range& r) { return r.key == key; });
-    constexpr int widest = (std::numeric_limits<int>::max)();
-    if (kind == 7 && (range == ranges.end() || range->orHostile))
+    Range range{key, -2, 20};
+    for (const Range& r : ranges)
+      if (r.key == key) range = r;
+    if (kind == 7 && range.orHostile)
       settings->set(name,
                     data.PickValueInArray({-widest - 1, -65537, -1, 0, 1, 31, 32, 33, 65536, widest - 1, widest}));
     else
-      settings->set(name, range == ranges.end() ? data.ConsumeIntegralInRange(-2, 20)
-                                                : data.ConsumeIntegralInRange(range->least, range->most));
+      settings->set(name, data.ConsumeIntegralInRange(range.least, range.most));
   }
   return settings;
 }

@@ -15,96 +15,65 @@ namespace {
 using namespace MirelAlgorithms;
 using Points = std::vector<cv::Vec2f>;
 
-/// Whether an operation neither refuses nor passes on an error of OpenCV.
-template <class Operation>
-bool succeeds(const Operation& operation) {
-  try {
-    operation();
-    return true;
-  } catch (const std::invalid_argument&) {
-  } catch (const cv::Exception&) {
-  }
-  return false;
+int codeOf(const fuzz::Frame& frame) {
+  if (frame.keyPoints.empty()) return 1;
+  if (frame.descriptors.mat.empty()) return 2;
+  return frame.keyPoints.size() == static_cast<std::size_t>(frame.descriptors.mat.rows) ? 0 : 3;
 }
-
-struct Features {
-  Features(FuzzedDataProvider& data, int width)
-      : descriptors(data, fuzz::upTo(data, 30), width, CV_8UC1),
-        points(descriptors.mat.rows + (fuzz::rarely(data) ? 1 : 0)) {
-    for (cv::Vec2f& p : points) p = {anyReal<float>(data) * 8, anyReal<float>(data) * 8};
-  }
-  int code() const {
-    return points.empty()                                       ? 1
-           : descriptors.mat.empty()                            ? 2
-           : points.size() != std::size_t(descriptors.mat.rows) ? 3
-                                                                : 0;
-  }
-  fuzz::ExactMatrix descriptors;
-  Points points;
-};
 
 void matchLists(FuzzedDataProvider& data, const fuzz::Settings& settings) {
   const int width = data.PickValueInArray({1, 16, 32, 32, 61, 64});
-  const Features f1(data, width);
-  Features f2(data, fuzz::rarely(data) ? 33 : width);
-  const cv::Mat &d1 = f1.descriptors.mat, d2 = data.ConsumeBool() ? d1 : f2.descriptors.mat;
-  if (d1.data == d2.data) {
-    const cv::Vec2f shift(anyReal<float>(data), anyReal<float>(data));
-    f2.points = f1.points;
-    for (cv::Vec2f& p : f2.points) p += shift;
-  }
-  const int code1 = f1.code(), code2 = d1.data == d2.data ? code1 : f2.code();
-  std::vector<cv::Vec3i> matches(1), agreed(1);
+  const fuzz::Frame f1(data, width);
+  fuzz::Frame f2(data, fuzz::rarely(data) ? 33 : width);
+  if (data.ConsumeBool()) f2.resemble(data, f1);
+  const cv::Mat &d1 = f1.descriptors.mat, &d2 = f2.descriptors.mat;
+  Points p1 = literal::positions(f1.keyPoints), p2 = literal::positions(f2.keyPoints);
+  const int code1 = codeOf(f1), code2 = codeOf(f2);
+  std::vector<cv::Vec3i> matches, agreed, wanted, wantedAgreed;
   int code = 0, codeOfAgreed = 0;
-  const bool fine = succeeds([&] { code = textureMatch(f1.points, d1, f2.points, d2, matches, settings); });
-  const bool agrees = succeeds([&] { codeOfAgreed = textureMatch(d1, d2, agreed, settings); });
-  if (fine) MIREL_CHECK(code == (code1 != 0 ? code1 : code2 != 0 ? code2 + 3 : 0));
-  if (agrees) MIREL_CHECK(codeOfAgreed == (d1.empty() ? 2 : d2.empty() ? 5 : 0));
-  if (!fine || code != 0) MIREL_CHECK(matches.size() == 1);
-  if (!agrees || codeOfAgreed != 0) MIREL_CHECK(agreed.size() == 1);
+  const End end = endOf([&] { code = textureMatch(p1, d1, p2, d2, matches, settings); });
+  const End endOfAgreed = endOf([&] { codeOfAgreed = textureMatch(d1, d2, agreed, settings); });
   MIREL_CHECK(f1.descriptors.untouched() && f2.descriptors.untouched());
-  if (!fine || code != 0) return;
-  std::vector<cv::Vec3i> wanted(1);
-  for (const cv::Vec3i& match : literal::match(f1.points, d1, f2.points, d2, settings)) wanted.push_back(match);
+  if (end == End::well) MIREL_CHECK(code == (code1 != 0 ? code1 : code2 != 0 ? code2 + 3 : 0));
+  if (endOfAgreed == End::well) MIREL_CHECK(codeOfAgreed == (d1.empty() ? 2 : d2.empty() ? 5 : 0));
+  if (end == End::well && code == 0) {
+    wanted = literal::match(p1, d1, p2, d2, settings);
+    for (const cv::DMatch& m : literal::agreedMatches(d1, d2, settings))
+      wantedAgreed.emplace_back(m.queryIdx, m.trainIdx, static_cast<int>(m.distance));
+    MIREL_CHECK(agreed == wantedAgreed);
+  }
   MIREL_CHECK(matches == wanted);
-  wanted.resize(1);
-  for (const cv::DMatch& m : literal::agreedMatches(d1, d2, settings))
-    wanted.emplace_back(m.queryIdx, m.trainIdx, static_cast<int>(m.distance));
-  MIREL_CHECK(agreed == wanted);
 }
 
-struct Extracted {
-  Points points;
-  cv::Mat descriptors;
-  bool fine;
-
-  Extracted(const cv::Mat& image, const fuzz::Settings& settings) : points(1), descriptors(2, 2, CV_8UC1) {
-    const cv::Mat before = descriptors;
-    int code = 0;
-    fine = succeeds([&] { code = textureExtract(image, points, descriptors, settings); });
-    if (fine) MIREL_CHECK(code == (image.empty() ? 1 : 0));
-    fine = fine && code == 0;
-    if (!fine) MIREL_CHECK(points.size() == 1 && descriptors.data == before.data);
-    if (!fine) return;
-    points.erase(points.begin());
-    MIREL_CHECK(points.size() == std::size_t(descriptors.rows) && (points.empty() || descriptors.cols == 32));
-    const literal::Features wanted = literal::extract(image, settings);
-    MIREL_CHECK(literal::positions(wanted.keyPoints) == points && same(wanted.descriptors, descriptors));
+// Whether there are features; they are what OpenCV's parts find.
+bool extract(const cv::Mat& image, const fuzz::Settings& settings, Points& points, cv::Mat& descriptors) {
+  int code = 0;
+  const End end = endOf([&] { code = textureExtract(image, points, descriptors, settings); });
+  if (end == End::well) MIREL_CHECK(code == (image.empty() ? 1 : 0));
+  if (end != End::well || code != 0) {
+    MIREL_CHECK(points.empty() && descriptors.empty());
+    return false;
   }
-};
+  const literal::Features wanted = literal::extract(image, settings);
+  MIREL_CHECK(literal::positions(wanted.keyPoints) == points && same(wanted.descriptors, descriptors));
+  return true;
+}
 
 void matchImages(FuzzedDataProvider& data, const fuzz::Settings& settings) {
   const auto image1 = fuzz::anyImage(data, 72), other = fuzz::anyImage(data, 72);
   const cv::Mat image2 = data.ConsumeBool() ? image1.mat : other.mat;
-  const Extracted e1(image1.mat, settings), e2(image2, settings);
-  Points points1(1), points2, wanted1(1), wanted2;
+  Points points1, points2, all1, all2, wanted1, wanted2;
+  cv::Mat descriptors1, descriptors2;
+  const bool fine1 = extract(image1.mat, settings, all1, descriptors1);
+  const bool fine2 = extract(image2, settings, all2, descriptors2);
   int code = 0;
-  const bool fine =
-      succeeds([&] { code = textureExtractAndMatch(image1.mat, image2, points1, points2, settings); }) && code == 0;
-  if (fine) {
-    MIREL_CHECK(e1.fine && e2.fine);
-    for (const cv::Vec3i& match : literal::match(e1.points, e1.descriptors, e2.points, e2.descriptors, settings))
-      wanted1.push_back(e1.points[match[0]]), wanted2.push_back(e2.points[match[1]]);
+  const End end = endOf([&] { code = textureExtractAndMatch(image1.mat, image2, points1, points2, settings); });
+  if (end == End::well && code == 0) {
+    MIREL_CHECK(fine1 && fine2);
+    for (const cv::Vec3i& match : literal::match(all1, descriptors1, all2, descriptors2, settings)) {
+      wanted1.push_back(all1[match[0]]);
+      wanted2.push_back(all2[match[1]]);
+    }
   }
   MIREL_CHECK(points1 == wanted1 && points2 == wanted2 && image1.untouched() && other.untouched());
 }
@@ -114,39 +83,24 @@ void matchMany(FuzzedDataProvider& data, const fuzz::Settings& settings) {
   const cv::Mat image2 = data.ConsumeBool() ? image1.mat : other.mat;
   int code = 0;
   std::vector<MultiMatch> tracks;
-  if (succeeds([&] { code = textureMultiMatch({image1.mat, image2, {}}, tracks, settings); })) {
-    MIREL_CHECK(code == (image1.mat.empty() ? 1 : 0));
-    const int least = fuzz::valueOf(settings, L"txmMinMultipicity", 2);
-    for (const MultiMatch& track : tracks)
-      MIREL_CHECK(track.multiplicity >= least && track.multiplicity <= 2 && track.maxDistance <= 256);
-  } else {
-    MIREL_CHECK(tracks.empty());
-  }
+  const End end = endOf([&] { code = textureMultiMatch({image1.mat, image2, {}}, tracks, settings); });
+  MIREL_CHECK(end == End::well ? code == (image1.mat.empty() ? 1 : 0) : tracks.empty());
+  const int least = fuzz::valueOf(settings, L"txmMinMultipicity", 2);
+  for (const MultiMatch& track : tracks)
+    MIREL_CHECK(track.multiplicity >= least && track.multiplicity <= 2 && track.maxDistance <= 256);
   MIREL_CHECK(image1.untouched() && other.untouched());
 }
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
-  FuzzedDataProvider data(bytes, size);
+void feed(FuzzedDataProvider& data) {
   constexpr void (*subjects[])(FuzzedDataProvider&, const fuzz::Settings&) = {matchImages, matchLists, matchMany};
   const int subject = data.ConsumeIntegralInRange(0, 2);
-  const fuzz::Settings settings = fuzz::anySettings(  // small pyramids: large ones are allowed, but slow
-      data, "texture",
-      {{L"txmToGray", -1, 100000},
-       {L"txmCells", 1, 3},
-       {L"txmMaxKeys", -1, 100},
-       {L"txmORBmaxFeatures", -3, 300},
-       {L"txmORBnLevels", 0, 9, false},
-       {L"txmORBedgeThreshold", -1, 40, false},
-       {L"txmORBpatchSize", 1, 40, false},
-       {L"txmORBWTA_K", 2, 4},
-       {L"txmORBfirstLevel", 0, 1, false}});
+  const fuzz::Settings settings = fuzz::anySettings(data, "texture");
   const int kind = data.ConsumeIntegralInRange(0, 7);
   settings->set(L"txmORBscaleFactor",
                 kind < 4   ? static_cast<double>(1.2f)
                 : kind < 7 ? data.ConsumeFloatingPointInRange(0.95, 2.0)
                            : data.PickValueInArray({0.0, -1.2, 1.0, 1e-9, 1e30, HUGE_VAL, std::nan("")}));
   subjects[subject](data, settings);
-  return 0;
 }
