@@ -1,3 +1,5 @@
+#include <csignal>
+
 #include "ToolTest.h"
 
 namespace {
@@ -6,6 +8,7 @@ namespace {
 class Interruption : public ToolTest {
  protected:
   Interruption() {
+    std::signal(SIGHUP, SIG_DFL);  // the tool keeps ignoring what its caller ignores, as nohup does
     write("a.png", texture(0, 0, 1, {640, 480}));
     write("b.png", texture(5, -3, 1, {640, 480}));
     write("in.obj", gridMesh(199, 1));
