@@ -68,6 +68,7 @@ TEST(FixedPointCorners, agreeWithTheDefinition) {
     for (int x = 0; x < board.cols; ++x) board.at<uchar>(y, x) = (x / 10 + y / 10) % 2 == 0 ? 30 : 200;
   const literal::Settings all[] = {{},
                                    {.test = "AverageRingMask"},
+                                   {.cells = 1, .budget = 9, .autoThreshold = true},  // fewer than there are
                                    {.test = "anything else"},
                                    {.budget = 40, .autoThreshold = true},
                                    {.cells = 4, .budget = 50},
