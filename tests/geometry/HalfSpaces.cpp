@@ -41,6 +41,7 @@ TEST(HalfSpaces, degenerate) {
       {"nearly parallel", {{{1, 0, 0}, 0}, {{-1, 1e-15, 0}, 0}, {{-1, -1e-15, 0}, 0}}, true},
       {"an acute wedge", {{{1, 0, 0}, -0.5}, {{-1, 1e-5, 0}, 0.499999}}, true},
       {"nearly parallel and apart", {{{1, 0, 0}, -0.5}, {{-1, 1e-15, 0}, 0}, {{-1, -1e-15, 0}, 0}}, false},
+      {"apart by less than rounding of what is far", {{{1, 0, 0}, 1e9}, {{1, 0, 0}, 0}, {{-1, 0, 0}, -1e-6}}, true},
       {"the same face often", {{{1, 0, 0}, 1}, {{2, 0, 0}, 2}, {{1e9, 0, 0}, 1e9}, {{1e-9, 0, 0}, 1e-9}}, true},
       {"nothing", {{{0, 0, 0}, -1}}, false},
       {"no number as normal", {{{nan, 0, 0}, 1}}, false},
