@@ -145,6 +145,9 @@ TEST(BadInput, MeshSteps) {
                [&] { whole.interpolate(p, p, p, p, nullptr); });
   pairs.expect("barycentric, triangle without area", "true",
                [&] { return !std::isfinite(whole.barycentric(p, p, p, p).x); });
+  Vertex unused;
+  unused.tstart = -1;
+  pairs.expect("start without references", "done", [&] { whole.update_uvs(0, unused, p, marks); });
   pairs.expect("min, not a number", "true", [&] { return (whole.min)(std::nan(""), 2) == 2; });
   pairs.expect("trimwhitespace, null", "true", [&] { return whole.trimwhitespace(nullptr) == nullptr; });
 }
