@@ -6,6 +6,7 @@
 #include <memory>
 #include <new>
 #include <opencv2/core/utility.hpp>
+#include <ostream>
 
 #include "Capabilities.h"
 #include "CountedNew.h"
@@ -28,6 +29,7 @@ struct EntryPoint {
   bool untouched;  ///< an exception leaves the outputs as they were
   Operation (*prepare)(const Inputs&);
 };
+std::ostream& operator<<(std::ostream& stream, const EntryPoint& entry) { return stream << entry.name; }
 
 Operation objLoad(const Inputs& in) {
   const auto mesh = std::make_shared<MeshSimplification>();

@@ -6,6 +6,7 @@
 #include <csignal>
 #include <cstdio>
 #include <opencv2/core/utility.hpp>
+#include <ostream>
 
 #include "Capabilities.h"
 
@@ -35,6 +36,7 @@ struct Growth {
   double factor;  ///< of operations when the size doubles, at most
   std::uint64_t (*run)(int size);
 };
+std::ostream& operator<<(std::ostream& stream, const Growth& growth) { return stream << growth.name; }
 
 // Inputs are made once and cut to size: making them is not counted. Sizes are small: allocating takes longer beyond
 // 1 KB, and a processor that copies 2 KB or more with one instruction stops after every byte.
