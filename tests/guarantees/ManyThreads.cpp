@@ -10,7 +10,7 @@ namespace {
 
 // Every thread calls all capabilities in an order of its own; the inputs are shared, the objects are not.
 TEST(ManyThreads, GetTheAnswersOfOne) {
-  constexpr unsigned threadCount = 8, rounds = 3;
+  constexpr unsigned threadCount = 8, rounds = 10;
   const Inputs& in = Inputs::small();
   const std::uint64_t inputs = in.digest();
   std::vector<std::uint64_t> expected;
