@@ -5,6 +5,7 @@
 
 #include <cmath>
 
+#include "CornerScenes.h"
 #include "LiteralCorners.h"
 
 namespace MirelAlgorithms {
@@ -24,6 +25,16 @@ TEST(CandidateSearch, extremumIsLessThanOneAndAHalfPixelsAway) {
       const std::vector<cv::KeyPoint> found = findCandidates(map, 1.0, MaximumTest::single);
       EXPECT_EQ(found.size(), change == 0.0f ? 0u : 1u);
     }
+}
+
+// Angles are curvatures over the largest one, which may be small.
+TEST(CandidateSearch, flatPeaks) {
+  cv::Mat map;
+  cv::GaussianBlur(cornerScene(120, 150, 3), map, {}, 2);
+  map.convertTo(map, CV_32F, 1e-6);
+  const std::vector<cv::KeyPoint> expected = literal::candidates(map, "SingleMaximum7x7Patch");
+  EXPECT_GT(expected.size(), 5u);
+  EXPECT_TRUE(same(toFeatureMatrix(findCandidates(map, 1.0, MaximumTest::single)), toFeatureMatrix(expected)));
 }
 
 // Neighbours that differ by a unit in the last place, of which scaling may make one value.

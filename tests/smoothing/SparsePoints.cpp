@@ -118,6 +118,8 @@ cv::Mat randomPoints(int rows, float origin, float side, cv::RNG& random, bool a
     row[4] = static_cast<float>(random.uniform(0, atBorders ? 8 : 12)) / 50;
     row[5] = static_cast<float>(i);
   }
+  points.at<float>(0, 0) = origin - 0.02f;  // the first and the last row count for the ranges
+  points.at<float>(rows - 1, 1) = 2.02f - origin;
   return points;
 }
 
